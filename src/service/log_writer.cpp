@@ -1,0 +1,89 @@
+#include "service/log_writer.h"
+
+#include <QCoreApplication>
+#include <QDate>
+#include <QDateTime>
+#include <QFile>
+#include <QStandardPaths>
+#include <QTextStream>
+
+#include "service/log_file.h"
+
+namespace tolvane::log {
+
+namespace {
+
+QString hostExecutablePath() {
+#ifdef _WIN32
+    return QCoreApplication::applicationFilePath();
+#else
+    return QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
+#endif
+}
+
+QChar pathSeparator() {
+#ifdef _WIN32
+    return QLatin1Char('\\');
+#else
+    return QLatin1Char('/');
+#endif
+}
+
+QString tempLocation() {
+    return QStandardPaths::writableLocation(QStandardPaths::TempLocation);
+}
+
+}  // namespace
+
+QString executableBaseName(const QString& fullPath, QChar separator) {
+    const int slash = fullPath.lastIndexOf(separator);
+    const int dot = fullPath.lastIndexOf(QLatin1Char('.'));
+    if (slash < 0 || dot < 0 || dot < slash) {
+        return QString();
+    }
+    return fullPath.mid(slash + 1, dot - slash - 1);
+}
+
+QString logDirectoryFor(const QString& tempDir, const QString& baseName) {
+    QString dir = tempDir;
+    if (!dir.endsWith(QLatin1Char('/')) && !dir.endsWith(QLatin1Char('\\'))) {
+        dir += QLatin1Char('/');
+    }
+    return dir + baseName + QStringLiteral("/loginLog/");
+}
+
+QString logFilePath(const QString& logName) {
+    const QString temp = tempLocation();
+    const QString baseName = executableBaseName(hostExecutablePath(), pathSeparator());
+    const QString dir = logDirectoryFor(temp, baseName);
+    if (!ensurePrivateDirectory(temp, {baseName, QStringLiteral("loginLog")})) {
+        return QString();  // an unsafe folder: every writer then drops its lines
+    }
+    // The separator after "loginLog/" is doubled on purpose: existing log readers expect it.
+    return dir + QLatin1Char('/') + QDate::currentDate().toString(QStringLiteral("yyyyMMdd_")) +
+           logName;
+}
+
+QString timePrefix() {
+    return QDateTime::currentDateTime().toString(QStringLiteral("[HH:mm:ss.zzz] "));
+}
+
+void writeLine(const QString& logName, const QString& message) {
+    QFile file;
+    if (!openForAppend(file, logFilePath(logName))) {
+        return;
+    }
+    QTextStream stream(&file);
+    stream.setCodec("UTF-8");
+    stream << timePrefix() << message << '\n';
+}
+
+QString banner(const QString& qualifiedName) {
+    return QStringLiteral("call function: %1 -----------------").arg(qualifiedName);
+}
+
+void writeBanner(const QString& qualifiedName) {
+    writeLine(kMainLog, banner(qualifiedName));
+}
+
+}  // namespace tolvane::log

@@ -1,0 +1,476 @@
+// Operations whose subsystems have not landed yet: each writes its banner and reports
+// failure, so a host can already be built and run against the whole interface.
+#include "service/log_writer.h"
+#include "service/vx_net_service_imp.h"
+
+namespace {
+constexpr int32_t kNotYetAvailable = 210;
+}  // namespace
+
+// slot 0
+int32_t VxNetServiceImp::login(const std::string& name, const std::string& password,
+                               std::string& errorMessage, std::string& longTokenOut) {
+    logBanner("login");
+    return kNotYetAvailable;
+}
+
+// slot 1
+int32_t VxNetServiceImp::loginByToken(std::string& longToken, std::string& errorMessage) {
+    return kNotYetAvailable;
+}
+
+// slot 2
+int32_t VxNetServiceImp::login_third_party(const std::string& longToken,
+                                           const ShortTokenInfo& tokenInfo) {
+    logBanner("login_third_party");
+    return kNotYetAvailable;
+}
+
+// slot 3
+int32_t VxNetServiceImp::get_rtmp_address(std::string& pushUrl, int32_t& lineId) {
+    logBanner("get_rtmp_address");
+    return kNotYetAvailable;
+}
+
+// slot 4
+int32_t VxNetServiceImp::getRoomId() {
+    return -1;
+}
+
+// slot 5
+bool VxNetServiceImp::getAvatarBig(std::string& url) {
+    return false;
+}
+
+// slot 6
+bool VxNetServiceImp::getAvatarMiddle(std::string& url) {
+    return false;
+}
+
+// slot 7
+bool VxNetServiceImp::getAvatarSmall(std::string& url) {
+    return false;
+}
+
+// slot 8
+bool VxNetServiceImp::sendBarrageText(const char* text) {
+    return false;
+}
+
+// slot 10
+int32_t VxNetServiceImp::get_black_user_list(std::string& reply) {
+    logBanner("get_black_user_list");
+    return kNotYetAvailable;
+}
+
+// slot 11
+int32_t VxNetServiceImp::unblack_user(const std::string& userId, std::string& reply) {
+    logBanner("unblack_user");
+    return kNotYetAvailable;
+}
+
+// slot 12
+int32_t VxNetServiceImp::get_all_rtmp_addresses(PushAddress*& addresses, int32_t& count,
+                                                PushAddress*& h265Addresses, int32_t& h265Count) {
+    logBanner("get_all_rtmp_addresses");
+    return kNotYetAvailable;
+}
+
+// slot 14
+int32_t VxNetServiceImp::open_live_room(const std::string& pushUrl) {
+    logBanner("open_live_room");
+    return kNotYetAvailable;
+}
+
+// slot 15
+int32_t VxNetServiceImp::stop_live_room() {
+    logBanner("stop_live_room");
+    return kNotYetAvailable;
+}
+
+// slot 17
+int32_t VxNetServiceImp::sendChatMessage(const char* text) {
+    return -1;
+}
+
+// slot 18
+const char* VxNetServiceImp::getNickname() {
+    return "";
+}
+
+// slot 19
+int32_t VxNetServiceImp::loginRequestCall(const std::string& first, const std::string& second,
+                                          int32_t value) {
+    logBanner("loginRequestCall");
+    return kNotYetAvailable;
+}
+
+// slot 20
+bool VxNetServiceImp::getRtmpAddressList(std::vector<PushAddress>& addresses) {
+    return false;
+}
+
+// slot 21
+bool VxNetServiceImp::getRoomUrl(std::string& url) {
+    return false;
+}
+
+// slot 22
+bool VxNetServiceImp::hasOwnRoom() {
+    return false;
+}
+
+// slot 23
+void VxNetServiceImp::getLastLoginMessage(std::string& message) {}
+
+// slot 24
+void VxNetServiceImp::getRoomRecord(RoomSummary& room) {}
+
+// slot 26
+void VxNetServiceImp::barrageLoginCall(int32_t giftId, int32_t kind, int32_t count) {}
+
+// slot 27
+void VxNetServiceImp::getRemoteLoginInfo(bool& isForeignTel, std::string& hidePhone,
+                                         std::string& remoteLoginCode) {}
+
+// slot 28
+int32_t VxNetServiceImp::sendPhoneCaptcha(const std::string& text, std::string& errorMessage) {
+    logBanner("sendPhoneCaptcha");
+    return kNotYetAvailable;
+}
+
+// slot 29
+int32_t VxNetServiceImp::remoteLogin(const std::string& text1, const std::string& text2,
+                                     std::string& longTokenOut, std::string& errorMessage) {
+    logBanner("remoteLogin");
+    return kNotYetAvailable;
+}
+
+// slot 31
+void VxNetServiceImp::getToken(std::string& token) {}
+
+// slot 32
+int32_t VxNetServiceImp::loginByPhone(const std::string& text1, const std::string& text2,
+                                      const std::string& text3, std::string& longTokenOut,
+                                      std::string& errorMessage) {
+    logBanner("loginByPhone");
+    return kNotYetAvailable;
+}
+
+// slot 34
+int32_t VxNetServiceImp::getQRCodeURL(std::string& secondField, std::string& firstField,
+                                      int32_t& thirdField) {
+    logBanner("getQRCodeURL");
+    return kNotYetAvailable;
+}
+
+// slot 35
+int32_t VxNetServiceImp::loginByQRCode(const std::string& code, std::string& longTokenOut,
+                                       std::string& errorMessage) {
+    logBanner("loginByQRCode");
+    return kNotYetAvailable;
+}
+
+// slot 36
+void VxNetServiceImp::logout() {
+    logBanner("logout");
+}
+
+// slot 38
+int32_t VxNetServiceImp::getWatermarkLocation() {
+    logBanner("getWatermarkLocation");
+    return kNotYetAvailable;
+}
+
+// slot 40
+void VxNetServiceImp::barrageCall() {}
+
+// slot 41
+int32_t VxNetServiceImp::classifyIsVoice(bool* isVoice, std::string& message) {
+    logBanner("classifyIsVoice");
+    return kNotYetAvailable;
+}
+
+// slot 42
+int32_t VxNetServiceImp::getFollowCnt(int32_t& count) {
+    logBanner("getFollowCnt");
+    return kNotYetAvailable;
+}
+
+// slot 43
+double VxNetServiceImp::getLivingStatistic() {
+    return 0.0;
+}
+
+// slot 44
+int32_t VxNetServiceImp::checkInGuild(bool& inGuild) {
+    logBanner("checkInGuild");
+    return kNotYetAvailable;
+}
+
+// slot 46
+int32_t VxNetServiceImp::getLiveRoomParameter(LiveRoomParameter& parameter) {
+    logBanner("getLiveRoomParameter");
+    return kNotYetAvailable;
+}
+
+// slot 47
+int32_t VxNetServiceImp::setLiveClassify(int32_t cid2, int32_t cid3, std::string& message) {
+    logBanner("setLiveClassify");
+    return kNotYetAvailable;
+}
+
+// slot 48
+int32_t VxNetServiceImp::getClassifyInfo(std::vector<CategoryNode>& tree,
+                                         std::vector<CategoryNode>& suggestions,
+                                         std::string& message) {
+    logBanner("getClassifyInfo");
+    return kNotYetAvailable;
+}
+
+// slot 49
+int32_t VxNetServiceImp::loadGiftTables() {
+    return 1;
+}
+
+// slot 50
+int32_t VxNetServiceImp::barrageCallConnected() {
+    return -1;
+}
+
+// slot 51
+int32_t VxNetServiceImp::submitGameInfoEx(const GameProcessInfo& game, std::string& message) {
+    logBanner("submitGameInfoEx");
+    return kNotYetAvailable;
+}
+
+// slot 52
+int32_t VxNetServiceImp::setGameTag(int32_t tid, std::string& message) {
+    logBanner("setGameTag");
+    return kNotYetAvailable;
+}
+
+// slot 53
+int32_t VxNetServiceImp::getVipId() {
+    return 0;
+}
+
+// slot 54
+int32_t VxNetServiceImp::getAnchorLevel() {
+    return 0;
+}
+
+// slot 55
+int32_t VxNetServiceImp::getSex() {
+    return 0;
+}
+
+// slot 56
+int32_t VxNetServiceImp::sendRawMessage(const char* text) {
+    return -1;
+}
+
+// slot 57
+int32_t VxNetServiceImp::getLivingStatisticalInfo(LivingStatistics& statistics) {
+    logBanner("getLivingStatisticalInfo");
+    return kNotYetAvailable;
+}
+
+// slot 58
+void VxNetServiceImp::refreshRoomInfo() {}
+
+// slot 59
+int32_t VxNetServiceImp::getLiveTags(bool& hasTags, int32_t& hasIcon, std::string& tagGroupName,
+                                     std::vector<CategoryNode>& tags, std::string& message) {
+    logBanner("getLiveTags");
+    return kNotYetAvailable;
+}
+
+// slot 60
+void VxNetServiceImp::getSessionText(std::string& longToken) {}
+
+// slot 61
+int32_t VxNetServiceImp::sendLiveRemindCustom(const std::string& title, std::string& message) {
+    logBanner("sendLiveRemindCustom");
+    return kNotYetAvailable;
+}
+
+// slot 62
+int32_t VxNetServiceImp::getIntelligentSettingConfig(std::vector<BitrateConfig>& configs) {
+    logBanner("getIntelligentSettingConfig");
+    return kNotYetAvailable;
+}
+
+// slot 63
+int32_t VxNetServiceImp::bindPhoneNum(const std::string& phoneNumber, std::string& errorMessage) {
+    logBanner("bindPhoneNum");
+    return kNotYetAvailable;
+}
+
+// slot 64
+bool VxNetServiceImp::refreshUserInfo(std::string& errorMessage) {
+    logBanner("refreshUserInfo");
+    return false;
+}
+
+// slot 65
+void VxNetServiceImp::getUserRecord(UserRecord& user) {}
+
+// slot 66
+int32_t VxNetServiceImp::createLiveRoom(int32_t tagId, int32_t id) {
+    logBanner("createLiveRoom");
+    return kNotYetAvailable;
+}
+
+// slot 67
+void VxNetServiceImp::getStoredList(std::vector<CategoryNode>& emotionWhiteList) {}
+
+// slot 68
+int32_t VxNetServiceImp::loginByPhoneCaptcha(const std::string& text1, const std::string& text2,
+                                             const std::string& text3, std::string& longTokenOut,
+                                             std::string& errorMessage) {
+    logBanner("loginByPhoneCaptcha");
+    return kNotYetAvailable;
+}
+
+// slot 69
+int32_t VxNetServiceImp::getCustomerServiceEntry(const std::string& appCode, std::string& remark,
+                                                 std::string& url) {
+    logBanner("getCustomerServiceEntry");
+    return kNotYetAvailable;
+}
+
+// slot 70
+int32_t VxNetServiceImp::loginCheckNew(const LoginCheckRequest& request, std::string& errorMessage,
+                                       std::string& longTokenOut) {
+    tolvane::log::writeLine(tolvane::log::kMainLog,
+                            QStringLiteral("loginCheckNew----------------"));
+    return kNotYetAvailable;
+}
+
+// slot 71
+int32_t VxNetServiceImp::sendPhoneCaptchaNew(const LoginCheckRequest& request, bool confirm,
+                                             std::string& errorMessage) {
+    tolvane::log::writeLine(tolvane::log::kMainLog,
+                            QStringLiteral("sendPhoneCaptchaNew--------------------------"));
+    return kNotYetAvailable;
+}
+
+// slot 72
+int32_t VxNetServiceImp::sendPhoneLoginCaptchaNew(const LoginCheckRequest& request,
+                                                  std::string& errorMessage) {
+    logBanner("sendPhoneLoginCaptchaNew");
+    return kNotYetAvailable;
+}
+
+// slot 73
+int32_t VxNetServiceImp::getLoginAuthPorts(std::vector<int32_t>& ports) {
+    logBanner("getLoginAuthPorts");
+    return kNotYetAvailable;
+}
+
+// slot 74
+int32_t VxNetServiceImp::getLoginAuthCode(const std::string& bizType, std::string& refererInCodeOut,
+                                          int32_t& expire) {
+    logBanner("getLoginAuthCode");
+    return kNotYetAvailable;
+}
+
+// slot 75
+int32_t VxNetServiceImp::barrageListCall(std::vector<std::string>& latestMessages) {
+    return kNotYetAvailable;
+}
+
+// slot 76
+int32_t VxNetServiceImp::reportFeedback(const std::string& title, const std::string& content,
+                                        const FeedbackRecord& feedback,
+                                        const std::vector<std::string>& imagePaths,
+                                        std::string& reply) {
+    tolvane::log::writeLine(tolvane::log::kMainLog,
+                            QStringLiteral("reportFeedback-----------------"));
+    return kNotYetAvailable;
+}
+
+// slot 78
+int32_t VxNetServiceImp::getAnchorLocation(int32_t isAllowPoi, std::string& message) {
+    logBanner("getAnchorLocation");
+    return kNotYetAvailable;
+}
+
+// slot 79
+int32_t VxNetServiceImp::reportAnchorLocation(const std::string& city, const std::string& longitude,
+                                              const std::string& latitude, std::string& message) {
+    logBanner("reportAnchorLocation");
+    return kNotYetAvailable;
+}
+
+// slot 80
+int32_t VxNetServiceImp::requestLiveAuthInfo(std::string& reply) {
+    logBanner("requestLiveAuthInfo");
+    return kNotYetAvailable;
+}
+
+// slot 81
+int32_t VxNetServiceImp::getAnchorHeadHoverInfo(AnchorCardUser& user, AnchorCardLevel& level) {
+    logBanner("getAnchorHeadHoverInfo");
+    return kNotYetAvailable;
+}
+
+// slot 84
+bool VxNetServiceImp::getRequest(QByteArray& reply, const std::string& url,
+                                 const ParamList& headers, const ParamList& query,
+                                 int32_t timeoutMs) {
+    logBanner("getRequest");
+    return false;
+}
+
+// slot 85
+bool VxNetServiceImp::postRequest(QByteArray& reply, const std::string& url,
+                                  const ParamList& headers, const ParamList& query,
+                                  const ParamList& form, int32_t timeoutMs) {
+    logBanner("postRequest");
+    return false;
+}
+
+// slot 86
+void VxNetServiceImp::startServerTimeSync() {
+    logBanner("startServerTimeSync");
+}
+
+// slot 88
+int32_t VxNetServiceImp::getRoomState(bool& live, bool& showType) {
+    logBanner("getRoomState");
+    return kNotYetAvailable;
+}
+
+// slot 89
+int32_t VxNetServiceImp::getLoginInfo(ShortTokenInfo& tokenInfo) {
+    return kNotYetAvailable;
+}
+
+// slot 92
+void VxNetServiceImp::getUserDevice(std::string& userDevice) {}
+
+// slot 93
+int32_t VxNetServiceImp::startBarrage() {
+    logBanner("startBarrage");
+    return kNotYetAvailable;
+}
+
+// slot 94
+IVxLiveRoomInfo* VxNetServiceImp::getLiveRoomInfo() {
+    return nullptr;
+}
+
+// slot 95
+void VxNetServiceImp::setProxy(const std::string& proxy) {}
+
+// slot 96
+bool VxNetServiceImp::requestGet(QByteArray& reply, const RequestDescriptor& request) {
+    return false;
+}
+
+// slot 97
+bool VxNetServiceImp::requestPost(QByteArray& reply, const RequestDescriptor& request) {
+    return false;
+}

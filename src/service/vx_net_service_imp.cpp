@@ -1,0 +1,183 @@
+#include "service/vx_net_service_imp.h"
+
+#include <QDateTime>
+#include <QNetworkProxyFactory>
+
+#include "halyard/client_setup.h"
+#include "service/environment.h"
+#include "service/log_writer.h"
+
+using tolvane::log::kMainLog;
+using tolvane::log::writeLine;
+
+VxNetServiceImp::VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* breadcrumbSink)
+    : QObject(nullptr), observer_(observer), breadcrumbSink_(breadcrumbSink) {
+    // Two bare time stamps mark a new session in the day's file.
+    writeLine(kMainLog, QString());
+    writeLine(kMainLog, QString());
+    InitFuzzyKeyType(1);
+    requestLog_.open(tolvane::log::logFilePath(tolvane::log::kRequestLog));
+    lastLoginMessage_.clear();
+    longToken_.clear();
+    environment_ = tolvane::readEnvironment();
+    // The module never follows the system's proxy settings; slot 95 sets its own.
+    QNetworkProxyFactory::setUseSystemConfiguration(false);
+    timer_ = new QTimer(this);
+}
+
+VxNetServiceImp::~VxNetServiceImp() {
+    tolvane::log::writeBanner(QStringLiteral("VxNetServiceImp::~VxNetServiceImp"));
+    if (timer_ != nullptr) {
+        timer_->stop();
+        delete timer_;
+        timer_ = nullptr;
+    }
+    requestLog_.close();
+}
+
+void VxNetServiceImp::logBanner(const char* operation) {
+    tolvane::log::writeBanner(QStringLiteral("VxNetServiceImp::") + QLatin1String(operation));
+}
+
+void VxNetServiceImp::reloadEnvironment() {
+    environment_ = 0;
+    environment_ = tolvane::readEnvironment();
+}
+
+// slot 9
+void VxNetServiceImp::stop() {
+    writeLine(kMainLog, QStringLiteral("VxNetServiceImp::stop"));
+    observer_.store(nullptr);
+}
+
+// slot 13
+void VxNetServiceImp::freeArray(PushAddress* addresses) {
+    delete[] addresses;
+}
+
+// slot 16
+int32_t VxNetServiceImp::getOnlineCount() {
+    const int32_t count = onlineCount_.load();
+    return count < 0 ? 0 : count;
+}
+
+// slot 25
+void VxNetServiceImp::release() {
+    delete this;
+}
+
+// slot 30
+void VxNetServiceImp::setClientVersion(const std::string& deviceId, const std::string& version) {
+    ::setClientVersion(QString::fromStdString(version));
+    deviceId_ = deviceId;
+    clientVersion_ = version;
+}
+
+// slot 33
+int32_t VxNetServiceImp::isAvailable() {
+    return 1;
+}
+
+// slot 37
+int32_t VxNetServiceImp::getSessionValueA() {
+    return keepAliveSecond_.load();
+}
+
+// slot 39
+int32_t VxNetServiceImp::getSessionValueB() {
+    return memberInfoValue_.load();
+}
+
+// slot 45
+int64_t VxNetServiceImp::getServerTime() {
+    const int64_t localSeconds = QDateTime::currentMSecsSinceEpoch() / 1000;
+    return serverTimeOffset_ == -65535 ? localSeconds : localSeconds + serverTimeOffset_;
+}
+
+// slot 77
+int32_t VxNetServiceImp::getSessionValueC() {
+    return noticeValue_.load();
+}
+
+// slot 82
+const char* VxNetServiceImp::getAppId() {
+    return "vxtool";
+}
+
+// slot 83
+int32_t VxNetServiceImp::getBizType() {
+    return 13;
+}
+
+// slot 87
+int32_t VxNetServiceImp::setLiveParameters(const LiveParameters& parameters) {
+    liveParameters_ = parameters;
+    return static_cast<int32_t>(parameters.is_third_party_obs ? 1 : 0) |
+           static_cast<int32_t>(parameters.is_rtc ? 1 : 0) << 8 |
+           static_cast<int32_t>(parameters.is_hdr ? 1 : 0) << 16;
+}
+
+// slot 90
+void VxNetServiceImp::setBarrageProtocolNumber(int32_t number) {
+    barrageProtocolNumber_ = number;
+}
+
+// slot 91
+void VxNetServiceImp::getEmptyText(std::string& text) {
+    text.clear();
+}
+
+// IRoomListener
+
+int32_t VxNetServiceImp::onRoomStatus(int32_t status) {
+    if (ServiceObserver* observer = observer_.load()) {
+        observer->onRoomStatus(status);
+    }
+    return 0;
+}
+
+int32_t VxNetServiceImp::onMemberInfoValue(int32_t value) {
+    memberInfoValue_.store(value);
+    return 0;
+}
+
+int32_t VxNetServiceImp::onFansBrand(const char* brand) {
+    fansBrand_ = brand != nullptr ? brand : "";
+    return 0;
+}
+
+int32_t VxNetServiceImp::onKeepAliveFirst(int32_t value) {
+    onlineCount_.store(value);
+    return 0;
+}
+
+int32_t VxNetServiceImp::onKeepAliveSecond(int32_t value) {
+    keepAliveSecond_.store(value);
+    return 0;
+}
+
+int32_t VxNetServiceImp::onHostText(const char* text) {
+    if (ServiceObserver* observer = observer_.load()) {
+        observer->onText(text != nullptr ? std::string(text) : std::string());
+    }
+    return 0;
+}
+
+int32_t VxNetServiceImp::onShowEnd(int32_t reason, int32_t banHours) {
+    if (ServiceObserver* observer = observer_.load()) {
+        observer->onShowEnd(reason, static_cast<float>(banHours));
+    }
+    return 0;
+}
+
+int32_t VxNetServiceImp::onBarrageMessage(const BarrageMessage* message) {
+    if (ServiceObserver* observer = observer_.load()) {
+        observer->onBarrageMessage(message);
+    }
+    return 0;
+}
+
+int32_t VxNetServiceImp::onNoticeValue(int32_t value) {
+    noticeValue_.store(value);
+    return 0;
+}

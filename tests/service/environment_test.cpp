@@ -1,0 +1,71 @@
+#include <gtest/gtest.h>
+
+#include "service/environment.h"
+#include "service/os_name.h"
+#include "service/vx_net_service_imp.h"
+#include "support/scoped_env.h"
+
+namespace {
+
+struct EnvironmentCase {
+    const char* content;  // nullptr: no file at all
+    int expected;
+};
+
+TEST(Environment, ReadFromDefaultData) {
+    const EnvironmentCase cases[] = {
+        {nullptr, 0},
+        {R"({"app.domain": 2})", 2},
+        {R"({"app.domain": "2"})", 0},
+        {R"({"app.domain": 7})", 7},
+        {R"({"app.domain": -1})", -1},
+        {R"({"app.domain": 1.9})", 0},  // not a whole number
+        {R"({"app.domain": 3)", 0},
+        {R"([3])", 0},
+        {R"({"other": 3})", 0},
+        {"", 0},
+    };
+    for (const EnvironmentCase& c : cases) {
+        IsolatedWorkspace workspace;
+        if (c.content != nullptr) {
+            workspace.writeDefaultData(c.content);
+        }
+        EXPECT_EQ(tolvane::readEnvironment(), c.expected) << (c.content ? c.content : "(no file)");
+    }
+}
+
+TEST(Environment, ServiceReadsAtConstructionAndOnReload) {
+    IsolatedWorkspace workspace;
+    workspace.writeDefaultData(R"({"app.domain": 2})");
+    VxNetServiceImp service(nullptr, nullptr);
+    EXPECT_EQ(service.environment(), 2);
+    workspace.writeDefaultData(R"({"app.domain": 3})");
+    EXPECT_EQ(service.environment(), 2);
+    service.reloadEnvironment();
+    EXPECT_EQ(service.environment(), 3);
+}
+
+TEST(Environment, OutOfRangeIndexMeansProduction) {
+    const int cases[][2] = {{7, 0}, {-1, 0}, {4, 0}, {0, 0}, {3, 3}, {1, 1}};
+    for (const auto& c : cases) {
+        EXPECT_EQ(tolvane::clampEnvironment(c[0]), c[1]) << c[0];
+    }
+}
+
+TEST(OsName, WindowsVersionTable) {
+    struct Case {
+        int major, minor;
+        const char* name;
+    };
+    const Case cases[] = {{5, 1, "Windows XP"},  {6, 0, "Unknown"},     {6, 1, "Windows 7"},
+                          {6, 2, "Windows 8"},   {6, 3, "Windows 8.1"}, {6, 4, "Unknown"},
+                          {10, 0, "Windows 10"}, {10, 7, "Windows 10"}, {5, 2, "Unknown"},
+                          {11, 0, "Unknown"}};
+    for (const Case& c : cases) {
+        EXPECT_EQ(tolvane::windowsNameForVersion(c.major, c.minor).toStdString(), c.name)
+            << c.major << "." << c.minor;
+    }
+    EXPECT_FALSE(tolvane::osName().isEmpty());
+}
+
+}  // namespace

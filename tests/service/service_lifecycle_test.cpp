@@ -1,0 +1,125 @@
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+#include <string>
+#include <vector>
+
+#include "service/log_writer.h"
+#include "service/vx_net_service_imp.h"
+#include "support/log_reader.h"
+#include "support/scoped_env.h"
+
+namespace {
+
+class RecordingObserver : public ServiceObserver {
+public:
+    void onRoomStatus(int32_t status) override {
+        events.push_back("status " + std::to_string(status));
+    }
+    void onText(const std::string& text) override { events.push_back("text " + text); }
+    void onShowEnd(int32_t reason, float hours) override {
+        events.push_back("end " + std::to_string(reason) + " " + std::to_string(hours));
+    }
+    void onBarrageMessage(const BarrageMessage* message) override {
+        events.push_back("message " + message->typeName);
+    }
+    std::vector<std::string> events;
+};
+
+TEST(ServiceLifecycle, ConstructionAndDestructionLines) {
+    IsolatedWorkspace workspace;
+    auto* service = new VxNetServiceImp(nullptr, nullptr);
+    const QStringList afterConstruction = readLogMessages(tolvane::log::kMainLog);
+    ASSERT_GE(afterConstruction.size(), 2);
+    EXPECT_EQ(afterConstruction[0].toStdString(), "");
+    EXPECT_EQ(afterConstruction[1].toStdString(), "");
+    EXPECT_EQ(readLogMessages(tolvane::log::kRequestLog).mid(0, 2), QStringList({"", ""}));
+
+    service->stop();
+    service->release();
+    const QStringList lines = readLogMessages(tolvane::log::kMainLog);
+    EXPECT_TRUE(lines.contains("VxNetServiceImp::stop"));
+    EXPECT_EQ(lines.last().toStdString(),
+              "call function: VxNetServiceImp::~VxNetServiceImp -----------------");
+}
+
+TEST(ServiceLifecycle, StopCutsTheObserverOff) {
+    IsolatedWorkspace workspace;
+    RecordingObserver observer;
+    VxNetServiceImp service(&observer, nullptr);
+    IRoomListener& listener = service;
+    BarrageMessage message;
+    message.typeName = "chatmsg";
+
+    EXPECT_EQ(listener.onRoomStatus(0), 0);
+    EXPECT_EQ(listener.onHostText("hello"), 0);
+    EXPECT_EQ(listener.onShowEnd(2, 3), 0);
+    EXPECT_EQ(listener.onBarrageMessage(&message), 0);
+    service.stop();
+    EXPECT_EQ(listener.onRoomStatus(213), 0);
+    EXPECT_EQ(listener.onHostText("after stop"), 0);
+    EXPECT_EQ(listener.onShowEnd(1, 1), 0);
+    EXPECT_EQ(listener.onBarrageMessage(&message), 0);
+
+    const std::vector<std::string> expected = {"status 0", "text hello", "end 2 3.000000",
+                                               "message chatmsg"};
+    EXPECT_EQ(observer.events, expected);
+}
+
+TEST(ServiceLifecycle, StoredBarrageValues) {
+    IsolatedWorkspace workspace;
+    VxNetServiceImp service(nullptr, nullptr);
+    IRoomListener& listener = service;
+    listener.onKeepAliveFirst(-5);
+    EXPECT_EQ(service.getOnlineCount(), 0);  // never negative
+    listener.onKeepAliveFirst(1234);
+    listener.onKeepAliveSecond(-7);
+    listener.onMemberInfoValue(42);
+    listener.onNoticeValue(9);
+    EXPECT_EQ(service.getOnlineCount(), 1234);
+    EXPECT_EQ(service.getSessionValueA(), -7);
+    EXPECT_EQ(service.getSessionValueB(), 42);
+    EXPECT_EQ(service.getSessionValueC(), 9);
+}
+
+TEST(ServiceLifecycle, SmallLifecycleOperations) {
+    IsolatedWorkspace workspace;
+    VxNetServiceImp service(nullptr, nullptr);
+    EXPECT_EQ(service.isAvailable(), 1);
+    EXPECT_STREQ(service.getAppId(), "vxtool");
+    EXPECT_EQ(service.getBizType(), 13);
+    std::string text = "stale";
+    service.getEmptyText(text);
+    EXPECT_EQ(text, "");
+
+    auto* addresses = new PushAddress[3];
+    addresses[2].url = std::string(1000, 'u');  // a heap string that must be released too
+    service.freeArray(addresses);
+    service.freeArray(nullptr);
+
+    struct PackCase {
+        bool obs, rtc, hdr;
+        int32_t packed;
+    };
+    const PackCase packs[] = {{false, false, false, 0},
+                              {true, false, false, 0x1},
+                              {false, true, false, 0x100},
+                              {false, false, true, 0x10000},
+                              {true, true, true, 0x10101}};
+    for (const PackCase& p : packs) {
+        LiveParameters parameters;
+        parameters.is_third_party_obs = p.obs;
+        parameters.is_rtc = p.rtc;
+        parameters.is_hdr = p.hdr;
+        EXPECT_EQ(service.setLiveParameters(parameters), p.packed);
+    }
+}
+
+TEST(ServiceLifecycle, ServerTimeBeforeSynchronisationIsLocalTime) {
+    IsolatedWorkspace workspace;
+    VxNetServiceImp service(nullptr, nullptr);
+    const int64_t local = QDateTime::currentSecsSinceEpoch();
+    EXPECT_NEAR(static_cast<double>(service.getServerTime()), static_cast<double>(local), 1.0);
+}
+
+}  // namespace

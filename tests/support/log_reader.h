@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QFile>
+#include <QString>
+#include <QStringList>
+
+#include "service/log_writer.h"
+
+// Lines of today's log file with their time prefixes removed.
+inline QStringList readLogMessages(const QString& logName) {
+    QFile file(tolvane::log::logFilePath(logName));
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return {};
+    }
+    QStringList messages;
+    const QStringList lines = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
+    for (const QString& line : lines) {
+        messages << line.mid(QStringLiteral("[HH:mm:ss.zzz] ").size());
+    }
+    return messages;
+}
