@@ -20,8 +20,8 @@ class IVxLiveRoomInfo;  // the gift and resource catalogue; opaque to the host
 // platform). All calls are made on the thread that created the service.
 class ILiveencoderNetService {
 public:
-    /* 0 */ virtual int32_t login(const std::string& name, const std::string& password,
-                                  std::string& errorMessage, std::string& longTokenOut) = 0;
+    /* 0 */ virtual int32_t login(const char* name, const char* password, std::string& errorMessage,
+                                  std::string& longTokenOut) = 0;
     /* 1 */ virtual int32_t loginByToken(std::string& longToken, std::string& errorMessage) = 0;
     /* 2 */ virtual int32_t login_third_party(const std::string& longToken,
                                               const ShortTokenInfo& tokenInfo) = 0;

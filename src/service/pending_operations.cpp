@@ -8,8 +8,8 @@ constexpr int32_t kNotYetAvailable = 210;
 }  // namespace
 
 // slot 0
-int32_t VxNetServiceImp::login(const std::string& name, const std::string& password,
-                               std::string& errorMessage, std::string& longTokenOut) {
+int32_t VxNetServiceImp::login(const char* name, const char* password, std::string& errorMessage,
+                               std::string& longTokenOut) {
     logBanner("login");
     return kNotYetAvailable;
 }

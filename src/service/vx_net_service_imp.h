@@ -23,8 +23,8 @@ public:
     ~VxNetServiceImp() override;
 
     // ILiveencoderNetService, in slot order.
-    /* 0 */ int32_t login(const std::string& name, const std::string& password,
-                          std::string& errorMessage, std::string& longTokenOut) override;
+    /* 0 */ int32_t login(const char* name, const char* password, std::string& errorMessage,
+                          std::string& longTokenOut) override;
     /* 1 */ int32_t loginByToken(std::string& longToken, std::string& errorMessage) override;
     /* 2 */ int32_t login_third_party(const std::string& longToken,
                                       const ShortTokenInfo& tokenInfo) override;
