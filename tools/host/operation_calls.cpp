@@ -1,0 +1,225 @@
+#include "operation_calls.h"
+
+#include <QJsonArray>
+
+namespace {
+
+QString text(const std::string& value) {
+    return QString::fromStdString(value);
+}
+
+std::string arg(const QStringList& args, int index) {
+    return index < args.size() ? args.at(index).toStdString() : std::string();
+}
+
+int32_t intArg(const QStringList& args, int index) {
+    return index < args.size() ? args.at(index).toInt() : 0;
+}
+
+QJsonObject resultOnly(const QJsonValue& result) {
+    return {{"result", result}};
+}
+
+QJsonObject withOutputs(const QJsonValue& result, const QJsonObject& outputs) {
+    return {{"result", result}, {"outputs", outputs}};
+}
+
+QJsonObject loginOutputs(int32_t result, const std::string& longToken,
+                         const std::string& errorMessage) {
+    return withOutputs(result,
+                       {{"longToken", text(longToken)}, {"errorMessage", text(errorMessage)}});
+}
+
+QJsonArray pushArray(const PushAddress* addresses, int32_t count) {
+    QJsonArray array;
+    for (int32_t i = 0; addresses != nullptr && i < count; ++i) {
+        array.append(QJsonObject{{"url", text(addresses[i].url)}, {"id", addresses[i].id}});
+    }
+    return array;
+}
+
+QJsonArray nodeArray(const std::vector<CategoryNode>& nodes) {
+    QJsonArray array;
+    for (const CategoryNode& node : nodes) {
+        array.append(QJsonObject{{"id", node.id},
+                                 {"parentId", node.parentId},
+                                 {"name", QString::fromStdU16String(node.name)},
+                                 {"secondText", QString::fromStdU16String(node.secondText)},
+                                 {"children", nodeArray(node.children)}});
+    }
+    return array;
+}
+
+LoginCheckRequest checkRequest(const QStringList& args) {
+    LoginCheckRequest request;
+    request.name = arg(args, 0);
+    request.secret = arg(args, 1);
+    request.phoneText1 = arg(args, 2);
+    request.phoneText3 = arg(args, 3);
+    return request;
+}
+
+QVector<OperationCall> buildCalls() {
+    using S = ILiveencoderNetService;
+    using A = const QStringList&;
+    QVector<OperationCall> calls;
+    auto add = [&calls](const char* name, const char* usage,
+                        std::function<QJsonObject(S&, A)> run) {
+        calls.append({QString::fromLatin1(name), QString::fromLatin1(usage), std::move(run)});
+    };
+
+    add("login", "NAME PASSWORD", [](S& s, A a) {
+        std::string error, token;
+        const std::string name = arg(a, 0), password = arg(a, 1);
+        const int32_t r = s.login(name.c_str(), password.c_str(), error, token);
+        return loginOutputs(r, token, error);
+    });
+    add("loginByToken", "LONG_TOKEN", [](S& s, A a) {
+        std::string token = arg(a, 0), error;
+        const int32_t r = s.loginByToken(token, error);
+        return loginOutputs(r, token, error);
+    });
+    add("loginByPhone", "PHONE SECRET AREA_CODE", [](S& s, A a) {
+        std::string token, error;
+        const int32_t r = s.loginByPhone(arg(a, 0), arg(a, 1), arg(a, 2), token, error);
+        return loginOutputs(r, token, error);
+    });
+    add("loginByPhoneCaptcha", "PHONE CAPTCHA AREA_CODE", [](S& s, A a) {
+        std::string token, error;
+        const int32_t r = s.loginByPhoneCaptcha(arg(a, 0), arg(a, 1), arg(a, 2), token, error);
+        return loginOutputs(r, token, error);
+    });
+    add("loginCheckNew", "NAME SECRET [PHONE AREA_CODE]", [](S& s, A a) {
+        std::string token, error;
+        const int32_t r = s.loginCheckNew(checkRequest(a), error, token);
+        return loginOutputs(r, token, error);
+    });
+    add("remoteLogin", "REMOTE_CODE CAPTCHA", [](S& s, A a) {
+        std::string token, error;
+        const int32_t r = s.remoteLogin(arg(a, 0), arg(a, 1), token, error);
+        return loginOutputs(r, token, error);
+    });
+    add("getQRCodeURL", "", [](S& s, A) {
+        std::string url, code;
+        int32_t expire = 0;
+        const int32_t r = s.getQRCodeURL(url, code, expire);
+        return withOutputs(r, {{"url", text(url)}, {"code", text(code)}, {"expire", expire}});
+    });
+    add("loginByQRCode", "CODE", [](S& s, A a) {
+        std::string token, error;
+        const int32_t r = s.loginByQRCode(arg(a, 0), token, error);
+        return loginOutputs(r, token, error);
+    });
+    add("sendPhoneCaptcha", "TARGET", [](S& s, A a) {
+        std::string error;
+        const int32_t r = s.sendPhoneCaptcha(arg(a, 0), error);
+        return withOutputs(r, {{"errorMessage", text(error)}});
+    });
+    add("getToken", "", [](S& s, A) {
+        std::string token;
+        s.getToken(token);
+        return withOutputs(QJsonValue(), {{"token", text(token)}});
+    });
+    add("getUserDevice", "", [](S& s, A) {
+        std::string value;
+        s.getUserDevice(value);
+        return withOutputs(QJsonValue(), {{"userDevice", text(value)}});
+    });
+    add("getServerTime", "",
+        [](S& s, A) { return resultOnly(QString::number(s.getServerTime())); });
+    add("getUserRecord", "", [](S& s, A) {
+        UserRecord user;
+        s.getUserRecord(user);
+        return withOutputs(QJsonValue(), {{"uid", text(user.uid)},
+                                          {"nickname", text(user.nickname)},
+                                          {"sex", user.sex},
+                                          {"avatarBig", text(user.avatarBig)},
+                                          {"avatarMiddle", text(user.avatarMiddle)},
+                                          {"avatarSmall", text(user.avatarSmall)},
+                                          {"isOwnRoom", user.isOwnRoom},
+                                          {"phoneBound", user.phoneBound},
+                                          {"mobilePhone", text(user.mobilePhone)},
+                                          {"ident", text(user.ident)}});
+    });
+    add("refreshUserInfo", "", [](S& s, A) {
+        std::string error;
+        const bool r = s.refreshUserInfo(error);
+        return withOutputs(r, {{"errorMessage", text(error)}});
+    });
+    add("getRoomRecord", "", [](S& s, A) {
+        RoomSummary room;
+        s.getRoomRecord(room);
+        return withOutputs(QJsonValue(), {{"roomId", room.roomId},
+                                          {"roomUrl", text(room.roomUrl)},
+                                          {"roomName", text(room.roomName)},
+                                          {"gameName", text(room.gameName)},
+                                          {"childName", text(room.childName)},
+                                          {"cateId", room.cateId}});
+    });
+    add("getRoomState", "", [](S& s, A) {
+        bool live = false, showType = false;
+        const int32_t r = s.getRoomState(live, showType);
+        return withOutputs(r, {{"live", live}, {"showType", showType}});
+    });
+    add("startBarrage", "", [](S& s, A) { return resultOnly(s.startBarrage()); });
+    add("get_rtmp_address", "", [](S& s, A) {
+        std::string url;
+        int32_t id = 0;
+        const int32_t r = s.get_rtmp_address(url, id);
+        return withOutputs(r, {{"url", text(url)}, {"id", id}});
+    });
+    add("get_all_rtmp_addresses", "", [](S& s, A) {
+        PushAddress* lines = nullptr;
+        PushAddress* h265 = nullptr;
+        int32_t count = 0, h265Count = 0;
+        const int32_t r = s.get_all_rtmp_addresses(lines, count, h265, h265Count);
+        QJsonObject outputs{{"lines", pushArray(lines, count)},
+                            {"h265", pushArray(h265, h265Count)}};
+        s.freeArray(lines);
+        s.freeArray(h265);
+        return withOutputs(r, outputs);
+    });
+    add("open_live_room", "PUSH_URL",
+        [](S& s, A a) { return resultOnly(s.open_live_room(arg(a, 0))); });
+    add("stop_live_room", "", [](S& s, A) { return resultOnly(s.stop_live_room()); });
+    add("getClassifyInfo", "", [](S& s, A) {
+        std::vector<CategoryNode> tree, suggestions;
+        std::string message;
+        const int32_t r = s.getClassifyInfo(tree, suggestions, message);
+        return withOutputs(r, {{"tree", nodeArray(tree)},
+                               {"suggestions", nodeArray(suggestions)},
+                               {"message", text(message)}});
+    });
+    add("setLiveClassify", "CID2 CID3", [](S& s, A a) {
+        std::string message;
+        const int32_t r = s.setLiveClassify(intArg(a, 0), intArg(a, 1), message);
+        return withOutputs(r, {{"message", text(message)}});
+    });
+    add("getFollowCnt", "", [](S& s, A) {
+        int32_t count = 0;
+        const int32_t r = s.getFollowCnt(count);
+        return withOutputs(r, {{"count", count}});
+    });
+    add("getWatermarkLocation", "", [](S& s, A) { return resultOnly(s.getWatermarkLocation()); });
+    add("isAvailable", "", [](S& s, A) { return resultOnly(s.isAvailable()); });
+    add("getAppId", "", [](S& s, A) { return resultOnly(QString::fromUtf8(s.getAppId())); });
+    add("getBizType", "", [](S& s, A) { return resultOnly(s.getBizType()); });
+    add("getRoomId", "", [](S& s, A) { return resultOnly(s.getRoomId()); });
+    return calls;
+}
+
+}  // namespace
+
+const QVector<OperationCall>& operationCalls() {
+    static const QVector<OperationCall> calls = buildCalls();
+    return calls;
+}
+
+const OperationCall* findOperation(const QString& name) {
+    for (const OperationCall& call : operationCalls()) {
+        if (call.name == name) {
+            return &call;
+        }
+    }
+    return nullptr;
+}
