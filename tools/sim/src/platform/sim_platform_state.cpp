@@ -1,0 +1,239 @@
+#include "platform/sim_platform_state.h"
+
+#include <QDateTime>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <random>
+
+namespace tolvane::sim {
+
+extern const char* const kAccountsFixture;
+
+namespace {
+
+std::string text(const QJsonObject& object, const char* key) {
+    return object.value(QLatin1String(key)).toString().toStdString();
+}
+
+std::vector<SimAccount> loadAccounts() {
+    std::vector<SimAccount> accounts;
+    const QJsonArray list = QJsonDocument::fromJson(QByteArray(kAccountsFixture))
+                                .object()
+                                .value(QStringLiteral("accounts"))
+                                .toArray();
+    for (const QJsonValue& value : list) {
+        const QJsonObject object = value.toObject();
+        SimAccount account;
+        account.name = text(object, "name");
+        account.password = text(object, "password");
+        account.uid = text(object, "uid");
+        account.phone = text(object, "phone");
+        account.areaCode = text(object, "area_code");
+        account.remoteLogin = object.value(QStringLiteral("remote_login")).toBool();
+        account.foreignTel = object.value(QStringLiteral("foreign_tel")).toBool();
+        account.longTokenExpired = object.value(QStringLiteral("long_token_expired")).toBool();
+        account.profileError = object.value(QStringLiteral("profile_error")).toInt();
+        account.profile = object.value(QStringLiteral("profile")).toObject();
+        account.room = object.value(QStringLiteral("room")).toObject();
+        accounts.push_back(account);
+    }
+    return accounts;
+}
+
+std::string randomDigits(int count) {
+    static thread_local std::mt19937 generator{std::random_device{}()};
+    std::uniform_int_distribution<int> digit(0, 9);
+    std::string digits;
+    for (int i = 0; i < count; ++i) {
+        digits += static_cast<char>('0' + digit(generator));
+    }
+    return digits;
+}
+
+}  // namespace
+
+SimPlatformState::SimPlatformState() : accounts_(loadAccounts()) {}
+
+std::optional<SimAccount> SimPlatformState::accountByName(const std::string& name) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (const SimAccount& account : accounts_) {
+        if (account.name == name) {
+            return account;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<SimAccount> SimPlatformState::accountByPhone(const std::string& phone) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (const SimAccount& account : accounts_) {
+        if (account.phone == phone) {
+            return account;
+        }
+    }
+    return std::nullopt;
+}
+
+std::optional<SimAccount> SimPlatformState::accountByUid(const std::string& uid) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (const SimAccount& account : accounts_) {
+        if (account.uid == uid) {
+            return account;
+        }
+    }
+    return std::nullopt;
+}
+
+SimPlatformState::Grant SimPlatformState::grantLogin(const SimAccount& account) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    ++counter_;
+    Grant grant;
+    grant.longToken = "lt" + std::to_string(counter_) + randomDigits(12);
+    grant.session.uid = account.uid;
+    grant.session.shortToken = "st" + std::to_string(counter_) + randomDigits(10);
+    grant.session.longTokenId = static_cast<int>(counter_);
+    longTokens_[grant.longToken] = account.uid;
+    sessions_[grant.session.shortToken] = grant.session;
+    return grant;
+}
+
+std::optional<SimAccount> SimPlatformState::accountByLongToken(const std::string& longToken) const {
+    std::string uid;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        const auto it = longTokens_.find(longToken);
+        if (it == longTokens_.end()) {
+            return std::nullopt;
+        }
+        uid = it->second;
+    }
+    return accountByUid(uid);
+}
+
+std::optional<SimSession> SimPlatformState::sessionByToken(const std::string& token) const {
+    // uid_bizType_shortToken_clientType_longTokenId; our short tokens carry no "_".
+    std::vector<std::string> parts;
+    std::string::size_type start = 0;
+    for (std::string::size_type end; (end = token.find('_', start)) != std::string::npos;
+         start = end + 1) {
+        parts.push_back(token.substr(start, end - start));
+    }
+    parts.push_back(token.substr(start));
+    if (parts.size() != 5) {
+        return std::nullopt;
+    }
+    std::lock_guard<std::mutex> lock(mutex_);
+    const auto it = sessions_.find(parts[2]);
+    if (it == sessions_.end() || it->second.uid != parts[0] ||
+        std::to_string(it->second.bizType) != parts[1] ||
+        std::to_string(it->second.clientType) != parts[3] ||
+        std::to_string(it->second.longTokenId) != parts[4]) {
+        return std::nullopt;
+    }
+    return it->second;
+}
+
+std::string SimPlatformState::issueSmsCode(const std::string& target) {
+    const std::string code = randomDigits(6);
+    std::lock_guard<std::mutex> lock(mutex_);
+    smsCodes_[target] = code;
+    return code;
+}
+
+bool SimPlatformState::consumeSmsCode(const std::string& target, const std::string& code) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    const auto it = smsCodes_.find(target);
+    if (it == smsCodes_.end() || code.empty() || it->second != code) {
+        return false;
+    }
+    smsCodes_.erase(it);
+    return true;
+}
+
+std::string SimPlatformState::lastSmsCode(const std::string& target) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    const auto it = smsCodes_.find(target);
+    return it == smsCodes_.end() ? std::string() : it->second;
+}
+
+std::string SimPlatformState::issueRemoteCode(const SimAccount& account) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    const std::string code = "rl" + std::to_string(++counter_);
+    remoteCodes_[code] = account.uid;
+    return code;
+}
+
+std::optional<SimAccount> SimPlatformState::accountByRemoteCode(const std::string& code) const {
+    std::string uid;
+    {
+        std::lock_guard<std::mutex> lock(mutex_);
+        const auto it = remoteCodes_.find(code);
+        if (it == remoteCodes_.end()) {
+            return std::nullopt;
+        }
+        uid = it->second;
+    }
+    return accountByUid(uid);
+}
+
+std::string SimPlatformState::issueQrCode() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    const std::string code = "qr" + std::to_string(++counter_) + randomDigits(6);
+    qrCodes_[code] = std::string();
+    return code;
+}
+
+bool SimPlatformState::markQrScanned(const std::string& code, const std::string& accountName) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    const auto it = qrCodes_.find(code);
+    if (it == qrCodes_.end()) {
+        return false;
+    }
+    it->second = accountName;
+    return true;
+}
+
+SimPlatformState::QrState SimPlatformState::qrState(const std::string& code,
+                                                    std::string* accountName) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    const auto it = qrCodes_.find(code);
+    if (it == qrCodes_.end()) {
+        return QrState::Unknown;
+    }
+    if (accountName != nullptr) {
+        *accountName = it->second;
+    }
+    return it->second.empty() ? QrState::Pending : QrState::Scanned;
+}
+
+void SimPlatformState::consumeQrCode(const std::string& code) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    qrCodes_.erase(code);
+}
+
+void SimPlatformState::setClockSkewSeconds(int64_t skew) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    clockSkew_ = skew;
+}
+
+int64_t SimPlatformState::nowSeconds() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return QDateTime::currentSecsSinceEpoch() + clockSkew_;
+}
+
+void SimPlatformState::failTimestamps(int count, TimeFailure kind) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    timeFailuresLeft_ = count;
+    timeFailure_ = kind;
+}
+
+std::optional<SimPlatformState::TimeFailure> SimPlatformState::takeTimestampFailure() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (timeFailuresLeft_ <= 0) {
+        return std::nullopt;
+    }
+    --timeFailuresLeft_;
+    return timeFailure_;
+}
+
+}  // namespace tolvane::sim

@@ -1,0 +1,97 @@
+#pragma once
+
+#include <QJsonObject>
+#include <QString>
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tolvane::sim {
+
+// One account of the fixture: credentials, profile and room as the services hand them out.
+struct SimAccount {
+    std::string name;
+    std::string password;
+    std::string uid;
+    std::string phone;
+    std::string areaCode;
+    bool remoteLogin = false;  // every login asks for an SMS confirmation first
+    bool foreignTel = false;
+    bool longTokenExpired = false;  // token logins with its long tokens are refused
+    int profileError = 0;           // my_info answers this code instead of the profile
+    QJsonObject profile;
+    QJsonObject room;
+};
+
+// A signed-in session: what the module's "token" parameter names.
+struct SimSession {
+    std::string uid;
+    std::string shortToken;
+    int bizType = 13;
+    int clientType = 3;
+    int longTokenId = 0;
+};
+
+// Everything the simulated platform remembers; shared by its services, safe to use from the
+// server threads and from tests at once.
+class SimPlatformState {
+public:
+    SimPlatformState();  // loads the compiled-in account fixture
+
+    std::optional<SimAccount> accountByName(const std::string& name) const;
+    std::optional<SimAccount> accountByPhone(const std::string& phone) const;
+    std::optional<SimAccount> accountByUid(const std::string& uid) const;
+
+    // A new long token and session for the account.
+    struct Grant {
+        std::string longToken;
+        SimSession session;
+    };
+    Grant grantLogin(const SimAccount& account);
+    // The account a long token belongs to, if it was issued and not revoked.
+    std::optional<SimAccount> accountByLongToken(const std::string& longToken) const;
+    // The session named by a "token" parameter (uid_biz_short_client_longTokenId).
+    std::optional<SimSession> sessionByToken(const std::string& token) const;
+
+    // SMS codes: issued to a phone number or to a remote-login code; each is good once.
+    std::string issueSmsCode(const std::string& target);
+    bool consumeSmsCode(const std::string& target, const std::string& code);
+    std::string lastSmsCode(const std::string& target) const;
+
+    // Remote-login codes handed out with a 130014 refusal, and the account they finish.
+    std::string issueRemoteCode(const SimAccount& account);
+    std::optional<SimAccount> accountByRemoteCode(const std::string& code) const;
+
+    // QR codes: issued pending, marked scanned by a test or the demo, consumed by a login.
+    std::string issueQrCode();
+    bool markQrScanned(const std::string& code, const std::string& accountName);
+    enum class QrState { Unknown, Pending, Scanned };
+    QrState qrState(const std::string& code, std::string* accountName = nullptr) const;
+    void consumeQrCode(const std::string& code);
+
+    // Server clock: local seconds plus a settable skew.
+    void setClockSkewSeconds(int64_t skew);
+    int64_t nowSeconds() const;
+    // The next `count` timestamp requests fail with the given reply kind.
+    enum class TimeFailure { NegativeTime, ServerError, NotJson };
+    void failTimestamps(int count, TimeFailure kind = TimeFailure::NegativeTime);
+    std::optional<TimeFailure> takeTimestampFailure();
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<SimAccount> accounts_;
+    std::map<std::string, std::string> longTokens_;  // long token -> uid
+    std::map<std::string, SimSession> sessions_;     // short token -> session
+    std::map<std::string, std::string> smsCodes_;    // target -> code
+    std::map<std::string, std::string> remoteCodes_; // remote code -> uid
+    std::map<std::string, std::string> qrCodes_;     // code -> account name ("" pending)
+    int64_t clockSkew_ = 0;
+    int timeFailuresLeft_ = 0;
+    TimeFailure timeFailure_ = TimeFailure::NegativeTime;
+    uint64_t counter_ = 0;
+};
+
+}  // namespace tolvane::sim
