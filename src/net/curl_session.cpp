@@ -1,0 +1,195 @@
+#include "net/curl_session.h"
+
+#include <array>
+#include <mutex>
+#include <utility>
+
+namespace tolvane::net {
+namespace {
+
+// libcurl wants one global initialisation before any handle exists, and it is not
+// thread-safe itself; the process keeps it until exit.
+void ensureCurlGlobalInit() {
+    static std::once_flag once;
+    std::call_once(once, [] { curl_global_init(CURL_GLOBAL_DEFAULT); });
+}
+
+char lowerAscii(char c) {
+    return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+size_t appendToString(char* data, size_t size, size_t count, void* target) {
+    static_cast<std::string*>(target)->append(data, size * count);
+    return size * count;
+}
+
+std::string curlVersionAgent() {
+    const curl_version_info_data* info = curl_version_info(CURLVERSION_NOW);
+    return std::string("curl/") + (info != nullptr ? info->version : "");
+}
+
+}  // namespace
+
+bool CaseInsensitiveLess::operator()(const std::string& left, const std::string& right) const {
+    const size_t length = std::min(left.size(), right.size());
+    for (size_t i = 0; i < length; ++i) {
+        const char a = lowerAscii(left[i]);
+        const char b = lowerAscii(right[i]);
+        if (a != b) {
+            return a < b;
+        }
+    }
+    return left.size() < right.size();
+}
+
+CurlSession::CurlSession() {
+    ensureCurlGlobalInit();
+    handle_ = curl_easy_init();
+}
+
+CurlSession::~CurlSession() {
+    release();
+}
+
+CurlSession::CurlSession(CurlSession&& other) noexcept
+    : handle_(std::exchange(other.handle_, nullptr)),
+      headerList_(std::exchange(other.headerList_, nullptr)),
+      url_(std::move(other.url_)),
+      query_(std::move(other.query_)),
+      body_(std::move(other.body_)),
+      headers_(std::move(other.headers_)),
+      timeoutMs_(other.timeoutMs_),
+      proxy_(std::move(other.proxy_)),
+      caFile_(std::move(other.caFile_)) {}
+
+CurlSession& CurlSession::operator=(CurlSession&& other) noexcept {
+    if (this != &other) {
+        release();
+        handle_ = std::exchange(other.handle_, nullptr);
+        headerList_ = std::exchange(other.headerList_, nullptr);
+        url_ = std::move(other.url_);
+        query_ = std::move(other.query_);
+        body_ = std::move(other.body_);
+        headers_ = std::move(other.headers_);
+        timeoutMs_ = other.timeoutMs_;
+        proxy_ = std::move(other.proxy_);
+        caFile_ = std::move(other.caFile_);
+    }
+    return *this;
+}
+
+void CurlSession::release() {
+    if (headerList_ != nullptr) {
+        curl_slist_free_all(headerList_);
+        headerList_ = nullptr;
+    }
+    if (handle_ != nullptr) {
+        curl_easy_cleanup(handle_);
+        handle_ = nullptr;
+    }
+}
+
+void CurlSession::setUrl(std::string url) {
+    url_ = std::move(url);
+}
+void CurlSession::setQuery(std::string encodedQuery) {
+    query_ = std::move(encodedQuery);
+}
+void CurlSession::setBody(std::string body) {
+    body_ = std::move(body);
+}
+void CurlSession::setHeaders(HeaderMap headers) {
+    headers_ = std::move(headers);
+}
+void CurlSession::setTimeoutMs(long timeoutMs) {
+    timeoutMs_ = timeoutMs;
+}
+void CurlSession::setProxy(std::string proxy) {
+    proxy_ = std::move(proxy);
+}
+void CurlSession::setCaFile(std::string caFile) {
+    caFile_ = std::move(caFile);
+}
+
+std::string CurlSession::fullUrl() const {
+    return query_.empty() ? url_ : url_ + "?" + query_;
+}
+
+CurlResponse CurlSession::get() {
+    return perform(false);
+}
+CurlResponse CurlSession::post() {
+    return perform(true);
+}
+
+CurlResponse CurlSession::perform(bool isPost) {
+    CurlResponse response;
+    if (handle_ == nullptr) {
+        response.errorCode = CprErrorCode::INTERNAL_ERROR;
+        response.errorMessage = curl_easy_strerror(CURLE_FAILED_INIT);
+        return response;
+    }
+    // Reset drops the previous request's options but keeps live connections and caches.
+    curl_easy_reset(handle_);
+    if (headerList_ != nullptr) {
+        curl_slist_free_all(headerList_);
+        headerList_ = nullptr;
+    }
+
+    std::array<char, CURL_ERROR_SIZE> errorBuffer{};
+    const std::string url = fullUrl();
+    const std::string agent = curlVersionAgent();
+    curl_easy_setopt(handle_, CURLOPT_URL, url.c_str());
+    curl_easy_setopt(handle_, CURLOPT_ERRORBUFFER, errorBuffer.data());
+    curl_easy_setopt(handle_, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle_, CURLOPT_NOPROGRESS, 1L);
+    curl_easy_setopt(handle_, CURLOPT_USERAGENT, agent.c_str());
+    // Redirects are followed, as callers of this client have always had them.
+    curl_easy_setopt(handle_, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(handle_, CURLOPT_MAXREDIRS, 50L);
+    curl_easy_setopt(handle_, CURLOPT_POSTREDIR, static_cast<long>(CURL_REDIR_POST_ALL));
+    curl_easy_setopt(handle_, CURLOPT_TIMEOUT_MS, timeoutMs_);
+    if (!proxy_.empty()) {
+        curl_easy_setopt(handle_, CURLOPT_PROXY, proxy_.c_str());
+    }
+    if (!caFile_.empty()) {
+        // CURLOPT_CAPATH keeps its compiled-in default, so the system's authorities stay.
+        curl_easy_setopt(handle_, CURLOPT_CAINFO, caFile_.c_str());
+    }
+    for (const auto& [name, value] : headers_) {
+        // "Name;" is libcurl's way to send a header whose value is empty.
+        const std::string line = value.empty() ? name + ";" : name + ": " + value;
+        headerList_ = curl_slist_append(headerList_, line.c_str());
+    }
+    curl_easy_setopt(handle_, CURLOPT_HTTPHEADER, headerList_);
+    if (isPost) {
+        curl_easy_setopt(handle_, CURLOPT_POST, 1L);
+        curl_easy_setopt(handle_, CURLOPT_POSTFIELDSIZE_LARGE,
+                         static_cast<curl_off_t>(body_.size()));
+        curl_easy_setopt(handle_, CURLOPT_POSTFIELDS, body_.c_str());
+    } else {
+        curl_easy_setopt(handle_, CURLOPT_HTTPGET, 1L);
+    }
+    curl_easy_setopt(handle_, CURLOPT_WRITEFUNCTION, appendToString);
+    curl_easy_setopt(handle_, CURLOPT_WRITEDATA, &response.body);
+
+    const CURLcode result = curl_easy_perform(handle_);
+
+    curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &response.statusCode);
+    curl_easy_getinfo(handle_, CURLINFO_NUM_CONNECTS, &response.newConnections);
+    char* effectiveUrl = nullptr;
+    curl_easy_getinfo(handle_, CURLINFO_EFFECTIVE_URL, &effectiveUrl);
+    if (effectiveUrl != nullptr) {
+        response.effectiveUrl = effectiveUrl;
+    }
+    response.errorCode = cprErrorFromCurl(result);
+    if (result != CURLE_OK) {
+        response.errorMessage =
+            errorBuffer[0] != '\0' ? errorBuffer.data() : curl_easy_strerror(result);
+    }
+    // The buffer dies with this call; the handle must not keep pointing at it.
+    curl_easy_setopt(handle_, CURLOPT_ERRORBUFFER, nullptr);
+    return response;
+}
+
+}  // namespace tolvane::net

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <curl/curl.h>
+
+#include <map>
+#include <string>
+
+#include "net/cpr_error.h"
+
+namespace tolvane::net {
+
+// Header names compare without regard to case, as HTTP does.
+struct CaseInsensitiveLess {
+    bool operator()(const std::string& left, const std::string& right) const;
+};
+using HeaderMap = std::map<std::string, std::string, CaseInsensitiveLess>;
+
+struct CurlResponse {
+    long statusCode = 0;  // 0 when no HTTP exchange took place
+    std::string body;
+    CprErrorCode errorCode = CprErrorCode::OK;
+    std::string errorMessage;  // libcurl's text for the failure; empty on success
+    std::string effectiveUrl;
+    long newConnections = 0;  // connections this transfer had to open (0: one was reused)
+};
+
+// One libcurl easy handle and the options of the next request. The handle outlives each
+// request, so its connection cache, DNS cache and TLS session cache serve the next request
+// to the same host; options are re-applied from scratch every time.
+class CurlSession {
+public:
+    CurlSession();
+    ~CurlSession();
+    CurlSession(CurlSession&& other) noexcept;
+    CurlSession& operator=(CurlSession&& other) noexcept;
+    CurlSession(const CurlSession&) = delete;
+    CurlSession& operator=(const CurlSession&) = delete;
+
+    void setUrl(std::string url);
+    // Already percent-encoded; appended to the URL after "?" when non-empty.
+    void setQuery(std::string encodedQuery);
+    // Body of the next POST, sent as it is.
+    void setBody(std::string body);
+    void setHeaders(HeaderMap headers);
+    // Limit for the whole transfer; 0 means none.
+    void setTimeoutMs(long timeoutMs);
+    // Used for http and https alike; empty means no proxy of our own.
+    void setProxy(std::string proxy);
+    // PEM file of certificate authorities trusted beside the system's; empty: none.
+    void setCaFile(std::string caFile);
+
+    // The URL as it goes out: the URL, then "?" and the query when there is one.
+    std::string fullUrl() const;
+
+    CurlResponse get();
+    CurlResponse post();
+
+private:
+    CurlResponse perform(bool isPost);
+    void release();
+
+    CURL* handle_ = nullptr;
+    curl_slist* headerList_ = nullptr;
+    std::string url_;
+    std::string query_;
+    std::string body_;
+    HeaderMap headers_;
+    long timeoutMs_ = 0;
+    std::string proxy_;
+    std::string caFile_;
+};
+
+}  // namespace tolvane::net
