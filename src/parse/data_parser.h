@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QObject>
+#include <QString>
+#include <string>
+
+// Reads every JSON reply of the platform's web services: the envelope check, the translation
+// of server codes into the codes returned to the host, and the typed field readers. The reply
+// parsers of each subsystem are further members, defined next to the operations they serve.
+// Used from one thread at a time.
+class DataParser : public QObject {
+    Q_OBJECT
+
+public:
+    // Envelope failures; below -999 so that they never meet a server code.
+    static constexpr int kReplyNotJson = -1000;
+    static constexpr int kReplyNotObject = -1001;
+    static constexpr int kReplyWithoutCode = -1002;
+    static constexpr int kReplyCodeNotNumber = -1003;
+
+    explicit DataParser(QObject* parent = nullptr);
+    ~DataParser() override;
+
+    // UTF-8 message of the last failed envelope check; valid until the next check.
+    const std::string& lastErrorMessage() const { return state_.lastErrorMessage; }
+    void setLastErrorMessage(const std::string& message) { state_.lastErrorMessage = message; }
+
+    // Returns every member to its value after construction (logout).
+    void reset();
+
+    // Parses `bytes` into `root` and takes the code out of it. Returns the server's code
+    // unmapped (0 = success) or one of the envelope failures; on failure also stores the
+    // message and logs the code and the body.
+    int parseReplyEnvelope(const QByteArray& bytes, QJsonObject& root, const QString& codeKey,
+                           const QString& messageKey);
+
+    static int mapServerErrorCode(int serverCode);
+
+    // Typed readers: a missing or mistyped value is logged and gives the default (or false).
+    static QString readString(const QJsonObject& object, const QString& key,
+                              const QString& defaultValue);
+    static int readInt(const QJsonObject& object, const QString& key, int defaultValue);
+    static double readDouble(const QJsonObject& object, const QString& key, double defaultValue);
+    static bool readObject(const QJsonObject& object, const QString& key, QJsonObject& out);
+    static bool readArray(const QJsonObject& object, const QString& key, QJsonArray& out);
+
+    // The bytes between the first "(" and the last ")"; empty (and logged) without them.
+    static QByteArray unwrapConfigCallback(const QByteArray& bytes);
+
+    // Replies whose only content is the code: 0 on success, else the mapped code.
+    int parseCodeResult(const QByteArray& bytes);
+    int parseCodeResult(const QByteArray& bytes, const QString& codeKey, const QString& messageKey);
+    static int parseCodeResult(int code);
+
+    // One integer field of "data": 0 and `out` set, 1 when "data" is not an object, else the
+    // mapped code.
+    int parseIntValue(const QByteArray& bytes, const QString& key, int& out);
+
+    // "call function: DataParser::<functionName> -----------------"
+    static void writeParseBanner(const char* functionName);
+
+private:
+    // Everything reset() restores, so a member added here is restored with no further code.
+    struct State {
+        std::string lastErrorMessage;
+    };
+
+    State state_;
+};

@@ -1,0 +1,308 @@
+#include "parse/data_parser.h"
+
+#include <gtest/gtest.h>
+
+#include <QJsonDocument>
+#include <QStringList>
+#include <functional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "parse/reply_texts.h"
+#include "support/log_reader.h"
+#include "support/scoped_env.h"
+
+namespace {
+
+using Lines = std::vector<std::string>;
+
+// Runs `action` in a fresh log folder and returns the lines it wrote to the main log.
+Lines loggedBy(const std::function<void()>& action) {
+    IsolatedWorkspace workspace;
+    action();
+    Lines lines;
+    for (const QString& line : readLogMessages(tolvane::log::kMainLog)) {
+        lines.push_back(line.toStdString());
+    }
+    return lines;
+}
+
+QJsonObject objectOf(const char* json) {
+    return QJsonDocument::fromJson(json).object();
+}
+
+std::string missing(const std::string& key) {
+    return "parse data failed! json has not key: '" + key + "'";
+}
+
+TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
+    const std::string noMessage = tolvane::kReplyNoMessageText;
+    struct Case {
+        const char* body;
+        int code;
+        std::string message;
+        Lines leadingLines;  // written before "errorCode" and "srcData"
+    };
+    const Case cases[] = {
+        {R"({"error":0})", 0, "", {}},
+        {R"({"error":0,"data":{"a":1}})", 0, "", {}},
+        {R"({"error":"0","data":"x"})", -1003, "x", {}},
+        {R"({"error":null,"data":"x"})", -1003, "x", {}},
+        {R"({"error":1.5,"data":"m"})", -1000, "m", {}},
+        {R"({"error":1e2,"data":"m"})", 100, "m", {}},
+        {R"({"error":99999999999,"data":"big"})", -1000, "big", {}},
+        {R"({"error":2147483648,"data":"big"})", -1000, "big", {}},
+        {R"({"error":-2147483648,"data":"min"})", -2147483647 - 1, "min", {}},
+        {R"({"error":603,"data":"bad"})", 603, "bad", {}},
+        {R"({"error":603,"data":"坏"})", 603, u8"坏", {}},
+        {R"({"error":603,"data":""})", 603, noMessage, {}},
+        {R"({"error":603})", 603, noMessage, {missing("data")}},
+        {R"({"error":603,"data":{"x":1}})",
+         603,
+         noMessage,
+         {"parse data failed! 'data' value is not String"}},
+        {R"({"error":7,"data":123})", 7, "123", {}},
+        {"<html><body>502 Bad Gateway</body></html>", -1000, noMessage, {missing("data")}},
+        {"", -1000, noMessage, {missing("data")}},
+        {R"({"error":0)", -1000, noMessage, {missing("data")}},
+        {"[1,2]", -1001, noMessage, {missing("data")}},
+        {R"({"data":"no code"})", -1002, "no code", {}},
+    };
+    for (const Case& c : cases) {
+        DataParser parser;
+        QJsonObject root;
+        int code = 1;
+        const Lines lines =
+            loggedBy([&] { code = parser.parseReplyEnvelope(c.body, root, "error", "data"); });
+        EXPECT_EQ(code, c.code) << c.body;
+        EXPECT_EQ(parser.lastErrorMessage(), c.message) << c.body;
+        EXPECT_FALSE(root.contains("error")) << c.body;
+        Lines expected = c.leadingLines;
+        if (c.code != 0) {
+            expected.push_back("parse data failed! errorCode:" + std::to_string(c.code));
+            expected.push_back(std::string("srcData: ") + c.body);
+        }
+        EXPECT_EQ(lines, expected) << c.body;
+    }
+}
+
+TEST(DataParserEnvelope, KeysAreArgumentsAndRootKeepsThePayload) {
+    IsolatedWorkspace workspace;
+    DataParser parser;
+    QJsonObject root;
+    const QByteArray body = R"({"result":5,"msg":"from msg","data":"from data"})";
+    EXPECT_EQ(parser.parseReplyEnvelope(body, root, "result", "msg"), 5);
+    EXPECT_EQ(parser.lastErrorMessage(), "from msg");
+    EXPECT_EQ(root.keys(), QStringList({"data", "msg"}));
+
+    // A success clears the message of the failure before it and leaves the payload readable.
+    EXPECT_EQ(parser.parseReplyEnvelope(R"({"error":0,"data":{"n":3}})", root, "error", "data"), 0);
+    EXPECT_EQ(parser.lastErrorMessage(), "");
+    EXPECT_EQ(root.value("data").toObject().value("n").toInt(), 3);
+}
+
+TEST(DataParserEnvelope, ResetForgetsTheLastMessage) {
+    IsolatedWorkspace workspace;
+    DataParser parser;
+    QJsonObject root;
+    parser.parseReplyEnvelope(R"({"error":603,"data":"bad"})", root, "error", "data");
+    parser.reset();
+    EXPECT_EQ(parser.lastErrorMessage(), "");
+}
+
+TEST(DataParserMapping, TableRows) {
+    const std::pair<int, int> rows[] = {
+        {603, 214},     {101, 215},    {102, 216},    {604, 217},    {608, 217}, {605, 218},
+        {606, 220},     {607, 221},    {10, 222},     {613, 225},    {609, 226}, {612, 219},
+        {9, 223},       {120012, 227}, {130014, 228}, {-5, -5},      {-1, -1},   {0, 0},
+        {1, 1},         {81, 81},      {618, 232},    {130018, 233}, {201, 201}, {210, 210},
+        {233, 233},     {200, 200},    {234, 234},    {700, 700},    {-6, -6},   {-1003, -1003},
+        {-1000, -1000},
+    };
+    for (const auto& [server, host] : rows) {
+        EXPECT_EQ(DataParser::mapServerErrorCode(server), host) << server;
+    }
+}
+
+TEST(DataParserMapping, OnlyUnknownCodesAreLogged) {
+    const Lines known = loggedBy([] {
+        for (const int code : {603, 130014, -5, -1, 0, 1, 81, 201, 210, 224, 233}) {
+            DataParser::mapServerErrorCode(code);
+        }
+    });
+    EXPECT_EQ(known, Lines());
+    const Lines unknown = loggedBy([] {
+        for (const int code : {700, 200, 234, -6, -1000, -1003}) {
+            DataParser::mapServerErrorCode(code);
+        }
+    });
+    EXPECT_EQ(unknown, Lines({"unknown error:700", "unknown error:200", "unknown error:234",
+                              "unknown error:-6", "unknown error:-1000", "unknown error:-1003"}));
+}
+
+TEST(DataParserMapping, IdempotentAndKeepsFreeCodesFree) {
+    IsolatedWorkspace workspace;  // the scan logs every unknown code
+    const std::set<int> freeCodes = {224, 229, 230, 231};
+    std::vector<int> codes = {120012, 130014, 130018, 2147483647, -2147483647 - 1};
+    for (int code = -1010; code <= 1000; ++code) {
+        codes.push_back(code);
+    }
+    for (const int code : codes) {
+        const int mapped = DataParser::mapServerErrorCode(code);
+        EXPECT_EQ(DataParser::mapServerErrorCode(mapped), mapped) << code;
+        if (code != mapped) {
+            EXPECT_EQ(freeCodes.count(mapped), 0u) << code;
+        }
+    }
+}
+
+// One value under the key "k" (or none) read by every reader.
+struct ReaderCase {
+    const char* value;       // JSON text of the value; nullptr = the key is absent
+    QString asString;        // default "7"
+    int asInt;               // default 7
+    double asDouble;         // default 7.5
+    const char* typeLogged;  // types whose readers log a mismatch: S, I (int), D, O, A
+};
+
+TEST(DataParserReaders, EveryReaderOverEveryKindOfValue) {
+    const ReaderCase cases[] = {
+        {"12345", "12345", 12345, 12345, "OA"},
+        {"-3", "-3", -3, -3, "OA"},
+        {"1.5", "7", 7, 1.5, "OA"},
+        {"1e10", "7", 7, 1e10, "OA"},
+        {R"("42")", "42", 42, 42, "OA"},
+        {R"("2.5")", "2.5", 0, 2.5, "OA"},
+        {R"("abc")", "abc", 0, 0, "OA"},
+        {R"("")", "", 0, 0, "OA"},
+        {R"("99999999999")", "99999999999", 0, 99999999999.0, "OA"},
+        {"true", "7", 7, 7.5, "SIDOA"},
+        {"null", "7", 7, 7.5, "SIDOA"},
+        {"[1]", "7", 7, 7.5, "SIDO"},
+        {R"({"a":1})", "7", 7, 7.5, "SIDA"},
+        {nullptr, "7", 7, 7.5, ""},
+    };
+    const QJsonObject sentinel = objectOf(R"({"untouched":true})");
+    for (const ReaderCase& c : cases) {
+        const std::string label = c.value ? c.value : "(absent)";
+        const QJsonObject object =
+            c.value ? objectOf((std::string(R"({"k":)") + c.value + "}").c_str()) : QJsonObject();
+        const bool isObject = c.value && object.value("k").isObject();
+        const bool isArray = c.value && object.value("k").isArray();
+        QJsonObject outObject = sentinel;
+        QJsonArray outArray = {"untouched"};
+        const Lines lines = loggedBy([&] {
+            EXPECT_EQ(DataParser::readString(object, "k", "7"), c.asString) << label;
+            EXPECT_EQ(DataParser::readInt(object, "k", 7), c.asInt) << label;
+            EXPECT_DOUBLE_EQ(DataParser::readDouble(object, "k", 7.5), c.asDouble) << label;
+            EXPECT_EQ(DataParser::readObject(object, "k", outObject), isObject) << label;
+            EXPECT_EQ(DataParser::readArray(object, "k", outArray), isArray) << label;
+        });
+        EXPECT_EQ(outObject, isObject ? object.value("k").toObject() : sentinel) << label;
+        EXPECT_EQ(outArray, isArray ? object.value("k").toArray() : QJsonArray{"untouched"})
+            << label;
+
+        Lines expected;
+        const std::string types = c.typeLogged;
+        const std::pair<char, const char*> names[] = {
+            {'S', "String"}, {'I', "Double"}, {'D', "Double"}, {'O', "Object"}, {'A', "Array"}};
+        for (const auto& [letter, name] : names) {
+            if (!c.value) {
+                expected.push_back(missing("k"));
+            } else if (types.find(letter) != std::string::npos) {
+                expected.push_back(std::string("parse data failed! 'k' value is not ") + name);
+            }
+        }
+        EXPECT_EQ(lines, expected) << label;
+    }
+}
+
+TEST(DataParserReaders, NumberAsTextFallsBackToTheDefaultReadAsANumber) {
+    const QJsonObject object = objectOf(R"({"k":0.25})");
+    EXPECT_EQ(DataParser::readString(object, "k", "abc"), "0");
+    EXPECT_EQ(DataParser::readString(object, "k", "-9"), "-9");
+}
+
+TEST(DataParserConfigCallback, Unwrap) {
+    struct Case {
+        const char* body;
+        const char* unwrapped;
+        bool logged;
+    };
+    const Case cases[] = {
+        {R"(VXConfigCallback({"data":{}}))", R"({"data":{}})", false},
+        {"VXConfigCallback({\"a\":\"(x)\"});\n", "{\"a\":\"(x)\"}", false},
+        {"f()", "", false},
+        {R"(VXConfigCallback({"data":{}})", "", true},
+        {"{\"data\":{}}", "", true},
+        {")(", "", true},
+        {"", "", true},
+    };
+    for (const Case& c : cases) {
+        QByteArray result;
+        const Lines lines = loggedBy([&] { result = DataParser::unwrapConfigCallback(c.body); });
+        EXPECT_EQ(result.toStdString(), c.unwrapped) << c.body;
+        const Lines expected =
+            c.logged ? Lines{"VXConfigCallback({}) data error!", c.body} : Lines{};
+        EXPECT_EQ(lines, expected) << c.body;
+    }
+}
+
+TEST(DataParserCodeResult, ThreeForms) {
+    IsolatedWorkspace workspace;
+    DataParser parser;
+    EXPECT_EQ(parser.parseCodeResult(R"({"error":0})"), 0);
+    EXPECT_EQ(parser.parseCodeResult(R"({"error":603,"data":"slow down"})"), 214);
+    EXPECT_EQ(parser.lastErrorMessage(), "slow down");
+    EXPECT_EQ(parser.parseCodeResult(R"({"result":101,"data":"m","error":0})", "result", "data"),
+              215);
+    EXPECT_EQ(parser.parseCodeResult(R"({"error":5,"result":0})", "result", "data"), 0);
+    EXPECT_EQ(parser.parseCodeResult(R"({"error":0,"msg":""})", "result", "msg"), -1002);
+    EXPECT_EQ(DataParser::parseCodeResult(0), 0);
+    EXPECT_EQ(DataParser::parseCodeResult(130014), 228);
+    EXPECT_EQ(DataParser::parseCodeResult(215), 215);
+}
+
+TEST(DataParserCodeResult, LogsBannerThenEnvelopeThenMapping) {
+    DataParser parser;
+    const char* body = R"({"error":"0","data":"x"})";
+    const Lines lines = loggedBy([&] { EXPECT_EQ(parser.parseCodeResult(body), -1003); });
+    EXPECT_EQ(lines, Lines({"call function: DataParser::parseCodeResult -----------------",
+                            "parse data failed! errorCode:-1003", std::string("srcData: ") + body,
+                            "unknown error:-1003"}));
+}
+
+TEST(DataParserIntValue, Cases) {
+    struct Case {
+        const char* body;
+        int result;
+        int out;      // starts as -7
+        Lines lines;  // after the banner
+    };
+    const Case cases[] = {
+        {R"({"error":0,"data":{"count":12}})", 0, 12, {}},
+        {R"({"error":0,"data":{"count":"12"}})", 0, 12, {}},
+        {R"({"error":0,"data":{}})", 0, 0, {missing("count")}},
+        {R"({"error":0,"data":[1]})", 1, -7, {"parse data failed! 'data' value is not Object"}},
+        {R"({"error":0,"data":"12"})", 1, -7, {"parse data failed! 'data' value is not Object"}},
+        {R"({"error":0})", 1, -7, {missing("data")}},
+        {R"({"error":603,"data":"x"})",
+         214,
+         -7,
+         {"parse data failed! errorCode:603", R"(srcData: {"error":603,"data":"x"})"}},
+    };
+    for (const Case& c : cases) {
+        DataParser parser;
+        int out = -7;
+        int result = -1;
+        const Lines lines = loggedBy([&] { result = parser.parseIntValue(c.body, "count", out); });
+        EXPECT_EQ(result, c.result) << c.body;
+        EXPECT_EQ(out, c.out) << c.body;
+        Lines expected = {"call function: DataParser::parseIntValue -----------------"};
+        expected.insert(expected.end(), c.lines.begin(), c.lines.end());
+        EXPECT_EQ(lines, expected) << c.body;
+    }
+}
+
+}  // namespace
