@@ -110,11 +110,6 @@ bool VxNetServiceImp::getRtmpAddressList(std::vector<PushAddress>& addresses) {
     return false;
 }
 
-// slot 21
-bool VxNetServiceImp::getRoomUrl(std::string& url) {
-    return false;
-}
-
 // slot 22
 bool VxNetServiceImp::hasOwnRoom() {
     return false;
@@ -143,17 +138,6 @@ int32_t VxNetServiceImp::sendPhoneCaptcha(const std::string& text, std::string& 
 int32_t VxNetServiceImp::remoteLogin(const std::string& text1, const std::string& text2,
                                      std::string& longTokenOut, std::string& errorMessage) {
     logBanner("remoteLogin");
-    return kNotYetAvailable;
-}
-
-// slot 31
-void VxNetServiceImp::getToken(std::string& token) {}
-
-// slot 32
-int32_t VxNetServiceImp::loginByPhone(const std::string& text1, const std::string& text2,
-                                      const std::string& text3, std::string& longTokenOut,
-                                      std::string& errorMessage) {
-    logBanner("loginByPhone");
     return kNotYetAvailable;
 }
 
@@ -416,22 +400,6 @@ int32_t VxNetServiceImp::getAnchorHeadHoverInfo(AnchorCardUser& user, AnchorCard
     return kNotYetAvailable;
 }
 
-// slot 84
-bool VxNetServiceImp::getRequest(QByteArray& reply, const std::string& url,
-                                 const ParamList& headers, const ParamList& query,
-                                 int32_t timeoutMs) {
-    logBanner("getRequest");
-    return false;
-}
-
-// slot 85
-bool VxNetServiceImp::postRequest(QByteArray& reply, const std::string& url,
-                                  const ParamList& headers, const ParamList& query,
-                                  const ParamList& form, int32_t timeoutMs) {
-    logBanner("postRequest");
-    return false;
-}
-
 // slot 86
 void VxNetServiceImp::startServerTimeSync() {
     logBanner("startServerTimeSync");
@@ -448,29 +416,20 @@ int32_t VxNetServiceImp::getLoginInfo(ShortTokenInfo& tokenInfo) {
     return kNotYetAvailable;
 }
 
-// slot 92
-void VxNetServiceImp::getUserDevice(std::string& userDevice) {}
+// slot 94
+IVxLiveRoomInfo* VxNetServiceImp::getLiveRoomInfo() {
+    return nullptr;
+}
+// slot 32
+int32_t VxNetServiceImp::loginByPhone(const std::string& text1, const std::string& text2,
+                                      const std::string& text3, std::string& longTokenOut,
+                                      std::string& errorMessage) {
+    logBanner("loginByPhone");
+    return kNotYetAvailable;
+}
 
 // slot 93
 int32_t VxNetServiceImp::startBarrage() {
     logBanner("startBarrage");
     return kNotYetAvailable;
-}
-
-// slot 94
-IVxLiveRoomInfo* VxNetServiceImp::getLiveRoomInfo() {
-    return nullptr;
-}
-
-// slot 95
-void VxNetServiceImp::setProxy(const std::string& proxy) {}
-
-// slot 96
-bool VxNetServiceImp::requestGet(QByteArray& reply, const RequestDescriptor& request) {
-    return false;
-}
-
-// slot 97
-bool VxNetServiceImp::requestPost(QByteArray& reply, const RequestDescriptor& request) {
-    return false;
 }

@@ -4,6 +4,8 @@
 #include <QNetworkProxyFactory>
 
 #include "halyard/client_setup.h"
+#include "net/session_text.h"
+#include "net/vx_net_request.h"
 #include "service/environment.h"
 #include "service/log_writer.h"
 
@@ -20,6 +22,9 @@ VxNetServiceImp::VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* brea
     lastLoginMessage_.clear();
     longToken_.clear();
     environment_ = tolvane::readEnvironment();
+    endpoints_ = VxEndpoints::fromDefaultData();
+    request_ = new VxNetRequest(environment_, breadcrumbSink_, this);
+    request_->setDeviceHeader(tolvane::net::userDeviceValue(deviceId_, clientVersion_));
     // The module never follows the system's proxy settings; slot 95 sets its own.
     QNetworkProxyFactory::setUseSystemConfiguration(false);
     timer_ = new QTimer(this);
@@ -32,11 +37,25 @@ VxNetServiceImp::~VxNetServiceImp() {
         delete timer_;
         timer_ = nullptr;
     }
+    delete request_;
+    request_ = nullptr;
     requestLog_.close();
 }
 
 void VxNetServiceImp::logBanner(const char* operation) {
     tolvane::log::writeBanner(QStringLiteral("VxNetServiceImp::") + QLatin1String(operation));
+}
+
+tolvane::net::CommonValues VxNetServiceImp::commonValues() {
+    tolvane::net::CommonValues values;
+    values.aid = QString::fromLatin1(getAppId());
+    values.time = getServerTime();
+    values.token = QString::fromStdString(sessionToken());
+    return values;
+}
+
+std::string VxNetServiceImp::sessionToken() const {
+    return tolvane::net::sessionToken(tokenInfo_);
 }
 
 void VxNetServiceImp::reloadEnvironment() {
@@ -71,6 +90,9 @@ void VxNetServiceImp::setClientVersion(const std::string& deviceId, const std::s
     ::setClientVersion(QString::fromStdString(version));
     deviceId_ = deviceId;
     clientVersion_ = version;
+    if (request_ != nullptr) {
+        request_->setDeviceHeader(tolvane::net::userDeviceValue(deviceId_, clientVersion_));
+    }
 }
 
 // slot 33

@@ -8,6 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "net/endpoints.h"
+#include "net/param_list.h"
+#include "parse/data_parser.h"
 #include "service/persistent_log_writer.h"
 #include "tolvane/i_liveencoder_net_service.h"
 #include "tolvane/i_room_listener.h"
@@ -15,6 +18,8 @@
 // The one service object. Its operations are defined next to the subsystem that owns
 // them (account/, room/, barrage/ ...); this file and vx_net_service_imp.cpp hold the
 // lifecycle. Lives on the thread that created it, which must run a Qt event loop.
+class VxNetRequest;
+
 class VxNetServiceImp : public QObject, public ILiveencoderNetService, public IRoomListener {
     Q_OBJECT
 
@@ -169,9 +174,13 @@ public:
 
 private:
     static void logBanner(const char* operation);
+    // aid, server time and session token as every signed request carries them.
+    tolvane::net::CommonValues commonValues();
+    std::string sessionToken() const;
 
     int32_t environment_ = 0;
-    int64_t serverTimeOffset_ = -65535;                // seconds; -65535 means not synchronised
+    VxEndpoints endpoints_;              // address tables with default.data's overrides
+    int64_t serverTimeOffset_ = -65535;  // seconds; -65535 means not synchronised
     std::atomic<ServiceObserver*> observer_{nullptr};  // read on the barrage threads
     BreadcrumbSink* breadcrumbSink_ = nullptr;
     ShortTokenInfo tokenInfo_;
@@ -180,8 +189,10 @@ private:
     std::vector<PushAddress> pushAddresses_;
     std::string deviceId_ = "00_00_00_00_FF_FF";
     std::string clientVersion_ = "v1.0.0.0";
+    DataParser parser_;
     QTimer* timer_ = nullptr;
     tolvane::log::PersistentLogWriter requestLog_;
+    VxNetRequest* request_ = nullptr;
     int32_t roomFlag_ = 0;
     int32_t liveFlag_ = 1;
     uint8_t liveByteFlags_[3] = {0, 0, 0};
