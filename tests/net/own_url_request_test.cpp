@@ -17,137 +17,65 @@ ParamList queryOf(const QUrl& url) {
     return items;
 }
 
+// The expected lists name "auth" without its value; it is filled from the signature text.
+ParamList withAuth(ParamList list, const QString& auth) {
+    for (auto& pair : list) {
+        if (pair.first == "auth") {
+            pair.second = auth;
+        }
+    }
+    return list;
+}
+
 TEST(OwnUrlRequest, PlacesAndSignsItems) {
-    const qint64 t = 1700000000;
-    const QString time = QString::number(t);
-    const ParamList postItems{{"token", "T"}, {"tag_id", "3"}, {"id", "8"}};
+    const HttpMethod get = HttpMethod::Get;
+    const HttpMethod post = HttpMethod::Post;
+    const ParamList common{{"aid", "vxtool"}, {"time", "1700"}, {"auth", ""}};
+    const ParamList items{{"token", "T"}, {"tag_id", "3"}};
     struct Case {
         const char* name;
-        OwnUrlRequestInput input;
-        ParamList expectedQuery;  // "auth" without its value: filled from the signature text
+        HttpMethod method;
+        QString signingPath;
+        bool clientSys;
+        bool headerSignature;
+        ParamList expectedQuery;
         ParamList expectedForm;
         ParamList expectedHeaders;
-        QString signatureText;  // empty: unsigned
+        QString signatureText;
     };
+    // clang-format off
     const Case cases[] = {
-        {"signed GET",
-         {HttpMethod::Get,
-          "https://api.tolvane.example",
-          "/api/v1/checkAnchorInGuild",
-          "checkAnchorInGuild",
-          {{"token", "T"}},
-          false,
-          false,
-          t,
-          {}},
-         {{"token", "T"}, {"aid", "vxtool"}, {"time", time}, {"auth", ""}},
-         {},
-         {},
-         "checkAnchorInGuild?aid=vxtool&time=1700000000&token=T%s"},
-        {"signed GET without items",
-         {HttpMethod::Get,
-          "https://api.tolvane.example",
-          "/api/videoPartner/bitrate_config",
-          "api/videoPartner/bitrate_config",
-          {},
-          false,
-          false,
-          t,
-          {}},
-         {{"aid", "vxtool"}, {"time", time}, {"auth", ""}},
-         {},
-         {},
-         "api/videoPartner/bitrate_config?aid=vxtool&time=1700000000%s"},
-        {"signed POST",
-         {HttpMethod::Post,
-          "https://api.tolvane.example",
-          "/api/v1/fans",
-          "fans",
-          {{"token", "T"}, {"rid", "9"}},
-          false,
-          false,
-          t,
-          {}},
-         {{"aid", "vxtool"}, {"time", time}, {"auth", ""}},
-         {{"token", "T"}, {"rid", "9"}},
-         {},
-         "fans?aid=vxtool&time=1700000000%s&rid=9&token=T"},
-        {"POST with client_sys",
-         {HttpMethod::Post,
-          "https://mapi.tolvane.example",
-          "/mgapi/livenc/anchor/createLiveRoom",
-          "mgapi/livenc/anchor/createLiveRoom",
-          postItems,
-          true,
-          false,
-          t,
-          {}},
-         {{"aid", "vxtool"}, {"client_sys", "pc"}, {"time", time}, {"auth", ""}},
-         postItems,
-         {},
-         "mgapi/livenc/anchor/createLiveRoom?aid=vxtool&client_sys=pc&time=1700000000%s"
-         "&id=8&tag_id=3&token=T"},
-        {"unsigned GET",
-         {HttpMethod::Get,
-          "https://api.tolvane.example",
-          "/api/v1/get_corner",
-          "",
-          {{"room_id", "5"}},
-          false,
-          true,
-          t,
-          {{"x", "1"}}},
-         {{"room_id", "5"}},
-         {},
-         {{"x", "1"}},
-         ""},
-        {"unsigned POST",
-         {HttpMethod::Post,
-          "https://support.tolvane.example",
-          "/japi/special",
-          "",
-          {{"appCode", "c"}},
-          false,
-          false,
-          t,
-          {}},
-         {},
-         {{"appCode", "c"}},
-         {},
-         ""},
-        {"header signature after the caller's headers",
-         {HttpMethod::Post,
-          "https://passport.tolvane.example",
-          "/japi/app/auth/generateCode",
-          "japi/app/auth/generateCode",
-          {{"bizType", "13"}, {"longToken", "L"}, {"did", "D"}},
-          false,
-          true,
-          t,
-          {{"referer", "https://r.example/"}}},
-         {{"aid", "vxtool"}, {"time", time}, {"auth", ""}},
-         {{"bizType", "13"}, {"longToken", "L"}, {"did", "D"}},
-         {{"referer", "https://r.example/"}, {"aid", "vxtool"}, {"time", time}, {"auth", ""}},
-         "japi/app/auth/generateCode?aid=vxtool&time=1700000000%s&bizType=13&did=D&longToken=L"},
+        {"GET", get, "s", false, false, items + common, {}, {{"referer", "r"}},
+         "s?aid=vxtool&tag_id=3&time=1700&token=T%s"},
+        {"POST", post, "s", false, false, common, items, {{"referer", "r"}},
+         "s?aid=vxtool&time=1700%s&tag_id=3&token=T"},
+        {"POST with client_sys", post, "s", true, false,
+         {{"aid", "vxtool"}, {"client_sys", "pc"}, {"time", "1700"}, {"auth", ""}}, items, {{"referer", "r"}},
+         "s?aid=vxtool&client_sys=pc&time=1700%s&tag_id=3&token=T"},
+        {"header signature", post, "s", false, true, common, items, ParamList{{"referer", "r"}} + common,
+         "s?aid=vxtool&time=1700%s&tag_id=3&token=T"},
+        {"unsigned GET", get, "", false, true, items, {}, {{"referer", "r"}}, ""},
+        {"unsigned POST", post, "", false, false, {}, items, {{"referer", "r"}}, ""},
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const OwnUrlRequest request = buildOwnUrlRequest(c.input);
+        const OwnUrlRequest request = buildOwnUrlRequest({c.method,
+                                                          "https://api.tolvane.example",
+                                                          "/api/v1/x",
+                                                          c.signingPath,
+                                                          items,
+                                                          c.clientSys,
+                                                          c.headerSignature,
+                                                          1700,
+                                                          {{"referer", "r"}}});
         const QString auth = c.signatureText.isEmpty() ? QString() : expectedAuth(c.signatureText);
-        auto withAuth = [&auth](ParamList list) {
-            for (auto& pair : list) {
-                if (pair.first == "auth") {
-                    pair.second = auth;
-                }
-            }
-            return list;
-        };
         EXPECT_EQ(request.url.adjusted(QUrl::RemoveQuery).toString(),
-                  QString::fromStdString(c.input.host) + c.input.urlPath);
+                  "https://api.tolvane.example/api/v1/x");
         EXPECT_EQ(request.url.hasQuery(), !c.expectedQuery.isEmpty());
-        EXPECT_EQ(queryOf(request.url), withAuth(c.expectedQuery));
+        EXPECT_EQ(queryOf(request.url), withAuth(c.expectedQuery, auth));
         EXPECT_EQ(request.form, c.expectedForm);
-        EXPECT_EQ(request.headers, withAuth(c.expectedHeaders));
+        EXPECT_EQ(request.headers, withAuth(c.expectedHeaders, auth));
     }
 }
 
@@ -161,7 +89,7 @@ TEST(OwnUrlRequest, ValuesSurviveTheQueryAndAreSignedAsGiven) {
     const OwnUrlRequest request = buildOwnUrlRequest(input);
     const ParamList query = queryOf(request.url);
     ASSERT_EQ(query.size(), 5);
-    EXPECT_EQ(query[0], qMakePair(QStringLiteral("name"), QStringLiteral("a&b=c+d #é%41")));
+    EXPECT_EQ(query[0].second, "a&b=c+d #é%41");
     EXPECT_EQ(request.url.toString(QUrl::FullyEncoded).section('?', 1, 1).section('&', 0, 0),
               "name=a%26b%3Dc%2Bd%20%23%C3%A9%2541");
     EXPECT_EQ(query[4].second,
