@@ -18,6 +18,16 @@ char lowerAscii(char c) {
     return (c >= 'A' && c <= 'Z') ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+// A URL without a scheme (a bare path when an environment lacks a service) would make
+// libcurl guess "http://" and look its first segment up as a host name; refuse it here.
+bool hasExplicitScheme(const std::string& url) {
+    CURLU* parsed = curl_url();
+    const bool ok = parsed != nullptr && curl_url_set(parsed, CURLUPART_URL, url.c_str(),
+                                                      CURLU_NON_SUPPORT_SCHEME) == CURLUE_OK;
+    curl_url_cleanup(parsed);
+    return ok;
+}
+
 size_t appendToString(char* data, size_t size, size_t count, void* target) {
     static_cast<std::string*>(target)->append(data, size * count);
     return size * count;
@@ -136,8 +146,14 @@ CurlResponse CurlSession::perform(bool isPost) {
         headerList_ = nullptr;
     }
 
-    std::array<char, CURL_ERROR_SIZE> errorBuffer{};
     const std::string url = fullUrl();
+    if (!hasExplicitScheme(url)) {
+        response.errorCode = CprErrorCode::INVALID_URL_FORMAT;
+        response.errorMessage = curl_easy_strerror(CURLE_URL_MALFORMAT);
+        return response;
+    }
+
+    std::array<char, CURL_ERROR_SIZE> errorBuffer{};
     const std::string agent = curlVersionAgent();
     curl_easy_setopt(handle_, CURLOPT_URL, url.c_str());
     curl_easy_setopt(handle_, CURLOPT_ERRORBUFFER, errorBuffer.data());

@@ -85,12 +85,14 @@ bool VxNetRequest::cprPost(QByteArray& reply, int kind, const QString& path, Par
 
 bool VxNetRequest::cprSyncGet(QByteArray& reply, const QUrl& url, const QUrlQuery& query,
                               const ParamList& headerPairs, int timeoutMs) {
+    // The URL's text as QUrl shows it, with spaces and non-ASCII characters percent-encoded
+    // because libcurl refuses a URL with raw blanks in it.
     QUrl full = url;
     full.setQuery(query);
     HeaderMap headers = baseHeaders();
     addHeaders(headers, headerPairs);
-    return send(false, full.toString().toStdString(), {}, std::move(headers), {}, timeoutMs, reply,
-                QStringLiteral("cprGet error:%1"));
+    return send(false, full.toString(QUrl::FullyEncoded).toStdString(), {}, std::move(headers), {},
+                timeoutMs, reply, QStringLiteral("cprGet error:%1"));
 }
 
 bool VxNetRequest::cprSyncPost(QByteArray& reply, const QUrl& url, const QUrlQuery& query,
@@ -100,8 +102,8 @@ bool VxNetRequest::cprSyncPost(QByteArray& reply, const QUrl& url, const QUrlQue
     HeaderMap headers = baseHeaders();
     addHeaders(headers, headerPairs);
     headers["Content-Type"] = kFormContentType;
-    return send(true, full.toString().toStdString(), {}, std::move(headers), encodedPairs(form),
-                timeoutMs, reply, QStringLiteral("cprGet error:%1"));
+    return send(true, full.toString(QUrl::FullyEncoded).toStdString(), {}, std::move(headers),
+                encodedPairs(form), timeoutMs, reply, QStringLiteral("cprGet error:%1"));
 }
 
 bool VxNetRequest::requestGet(QByteArray& reply, RequestDescriptor descriptor,
