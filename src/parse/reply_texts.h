@@ -15,4 +15,7 @@ inline const std::string kReplyDataErrorText = u8"服务器数据异常";
 inline const std::string kNetworkFailureText =
     u8"网络出现故障，请检查防火墙或系统时间设置，并稍后重试";
 
+// Kept as the last login message when the passport service did not answer at all.
+inline const std::string kNetworkFailureStoredText = u8"网络出现故障，请检查网络连接或防火墙设置";
+
 }  // namespace tolvane

@@ -29,6 +29,8 @@ TEST(Environment, ReadFromDefaultData) {
         IsolatedWorkspace workspace;
         if (c.content != nullptr) {
             workspace.writeDefaultData(c.content);
+        } else {
+            QFile::remove(workspace.path() + "/default.data");
         }
         EXPECT_EQ(tolvane::readEnvironment(), c.expected) << (c.content ? c.content : "(no file)");
     }
@@ -36,7 +38,8 @@ TEST(Environment, ReadFromDefaultData) {
 
 TEST(Environment, ServiceReadsAtConstructionAndOnReload) {
     IsolatedWorkspace workspace;
-    workspace.writeDefaultData(R"({"app.domain": 2})");
+    workspace.writeDefaultData(
+        R"({"app.domain": 2, "endpoints": {"origin": "http://127.0.0.1:1"}})");
     VxNetServiceImp service(nullptr, nullptr);
     EXPECT_EQ(service.environment(), 2);
     workspace.writeDefaultData(R"({"app.domain": 3})");

@@ -38,7 +38,7 @@ TEST(ServiceLifecycle, ConstructionAndDestructionLines) {
     service->stop();
     service->release();
     const QStringList lines = readLogMessages(tolvane::log::kMainLog);
-    EXPECT_TRUE(lines.contains("VxNetServiceImp::stop"));
+    EXPECT_TRUE(lines.contains("call function: VxNetServiceImp::stop -----------------"));
     EXPECT_EQ(lines.last().toStdString(),
               "call function: VxNetServiceImp::~VxNetServiceImp -----------------");
 }

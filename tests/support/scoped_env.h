@@ -27,12 +27,19 @@ private:
     QByteArray old_;
 };
 
+// Points every endpoint at a loopback port where nothing listens, so that a service built by
+// a test never looks up or reaches a real host.
+inline constexpr const char* kNowhereDefaultData =
+    R"({"endpoints": {"origin": "http://127.0.0.1:1"}})";
+
 // A private temporary location for logs, and a default.data of the test's choosing.
 class IsolatedWorkspace {
 public:
     IsolatedWorkspace()
         : tmp_("TMPDIR", dir_.path().toLocal8Bit()),
-          data_("TOLVANE_DEFAULT_DATA", (dir_.path() + "/default.data").toLocal8Bit()) {}
+          data_("TOLVANE_DEFAULT_DATA", (dir_.path() + "/default.data").toLocal8Bit()) {
+        writeDefaultData(kNowhereDefaultData);
+    }
 
     QString path() const { return dir_.path(); }
 
