@@ -7,6 +7,9 @@
 #include <QString>
 #include <string>
 
+#include "halyard/login_records.h"
+#include "tolvane/account_records.h"
+
 // Reads every JSON reply of the platform's web services: the envelope check, the translation
 // of server codes into the codes returned to the host, and the typed field readers. The reply
 // parsers of each subsystem are further members, defined next to the operations they serve.
@@ -62,10 +65,43 @@ public:
     // "call function: DataParser::<functionName> -----------------"
     static void writeParseBanner(const char* functionName);
 
+    // Login results (account/session.cpp): the JSON reply form and the login library form.
+    int parseLoginResult(const QByteArray& bytes, std::string& errorMessage,
+                         std::string& longTokenOut, ShortTokenInfo& record);
+    int parseLoginResult(int code, std::string& errorMessage, std::string& longTokenOut,
+                         ShortTokenInfo& record, const RemoteLoginInfo& remote,
+                         const LoginInfo& info);
+    // What a remote-login refusal carried; kept until the next one.
+    bool isForeignTel() const { return state_.isForeignTel; }
+    const std::string& hidePhone() const { return state_.hidePhone; }
+    const std::string& remoteLoginCode() const { return state_.remoteLoginCode; }
+
+    // The anchor's profile (account/user_info.cpp).
+    struct UserProfile {
+        std::string nickname;
+        int32_t sex = 0;
+        std::string avatarBig;
+        std::string avatarMiddle;
+        std::string avatarSmall;
+        bool isOwnRoom = false;
+        bool phoneBound = false;
+        std::string mobilePhone;
+        std::string ident;
+    };
+    int parseUserInfoResult(const QByteArray& bytes, std::string& errorMessage);
+    const UserProfile& userProfile() const { return state_.profile; }
+
+    // The platform's clock (net/server_time.cpp).
+    int parseServerTimeResult(const QByteArray& bytes, int& serverTime);
+
 private:
     // Everything reset() restores, so a member added here is restored with no further code.
     struct State {
         std::string lastErrorMessage;
+        bool isForeignTel = true;
+        std::string hidePhone;
+        std::string remoteLoginCode;
+        UserProfile profile;
     };
 
     State state_;

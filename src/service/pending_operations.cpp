@@ -7,25 +7,6 @@ namespace {
 constexpr int32_t kNotYetAvailable = 210;
 }  // namespace
 
-// slot 0
-int32_t VxNetServiceImp::login(const char* name, const char* password, std::string& errorMessage,
-                               std::string& longTokenOut) {
-    logBanner("login");
-    return kNotYetAvailable;
-}
-
-// slot 1
-int32_t VxNetServiceImp::loginByToken(std::string& longToken, std::string& errorMessage) {
-    return kNotYetAvailable;
-}
-
-// slot 2
-int32_t VxNetServiceImp::login_third_party(const std::string& longToken,
-                                           const ShortTokenInfo& tokenInfo) {
-    logBanner("login_third_party");
-    return kNotYetAvailable;
-}
-
 // slot 3
 int32_t VxNetServiceImp::get_rtmp_address(std::string& pushUrl, int32_t& lineId) {
     logBanner("get_rtmp_address");
@@ -35,21 +16,6 @@ int32_t VxNetServiceImp::get_rtmp_address(std::string& pushUrl, int32_t& lineId)
 // slot 4
 int32_t VxNetServiceImp::getRoomId() {
     return -1;
-}
-
-// slot 5
-bool VxNetServiceImp::getAvatarBig(std::string& url) {
-    return false;
-}
-
-// slot 6
-bool VxNetServiceImp::getAvatarMiddle(std::string& url) {
-    return false;
-}
-
-// slot 7
-bool VxNetServiceImp::getAvatarSmall(std::string& url) {
-    return false;
 }
 
 // slot 8
@@ -93,30 +59,10 @@ int32_t VxNetServiceImp::sendChatMessage(const char* text) {
     return -1;
 }
 
-// slot 18
-const char* VxNetServiceImp::getNickname() {
-    return "";
-}
-
-// slot 19
-int32_t VxNetServiceImp::loginRequestCall(const std::string& first, const std::string& second,
-                                          int32_t value) {
-    logBanner("loginRequestCall");
-    return kNotYetAvailable;
-}
-
 // slot 20
 bool VxNetServiceImp::getRtmpAddressList(std::vector<PushAddress>& addresses) {
     return false;
 }
-
-// slot 22
-bool VxNetServiceImp::hasOwnRoom() {
-    return false;
-}
-
-// slot 23
-void VxNetServiceImp::getLastLoginMessage(std::string& message) {}
 
 // slot 24
 void VxNetServiceImp::getRoomRecord(RoomSummary& room) {}
@@ -124,20 +70,9 @@ void VxNetServiceImp::getRoomRecord(RoomSummary& room) {}
 // slot 26
 void VxNetServiceImp::barrageLoginCall(int32_t giftId, int32_t kind, int32_t count) {}
 
-// slot 27
-void VxNetServiceImp::getRemoteLoginInfo(bool& isForeignTel, std::string& hidePhone,
-                                         std::string& remoteLoginCode) {}
-
 // slot 28
 int32_t VxNetServiceImp::sendPhoneCaptcha(const std::string& text, std::string& errorMessage) {
     logBanner("sendPhoneCaptcha");
-    return kNotYetAvailable;
-}
-
-// slot 29
-int32_t VxNetServiceImp::remoteLogin(const std::string& text1, const std::string& text2,
-                                     std::string& longTokenOut, std::string& errorMessage) {
-    logBanner("remoteLogin");
     return kNotYetAvailable;
 }
 
@@ -153,11 +88,6 @@ int32_t VxNetServiceImp::loginByQRCode(const std::string& code, std::string& lon
                                        std::string& errorMessage) {
     logBanner("loginByQRCode");
     return kNotYetAvailable;
-}
-
-// slot 36
-void VxNetServiceImp::logout() {
-    logBanner("logout");
 }
 
 // slot 38
@@ -244,11 +174,6 @@ int32_t VxNetServiceImp::getAnchorLevel() {
     return 0;
 }
 
-// slot 55
-int32_t VxNetServiceImp::getSex() {
-    return 0;
-}
-
 // slot 56
 int32_t VxNetServiceImp::sendRawMessage(const char* text) {
     return -1;
@@ -270,9 +195,6 @@ int32_t VxNetServiceImp::getLiveTags(bool& hasTags, int32_t& hasIcon, std::strin
     return kNotYetAvailable;
 }
 
-// slot 60
-void VxNetServiceImp::getSessionText(std::string& longToken) {}
-
 // slot 61
 int32_t VxNetServiceImp::sendLiveRemindCustom(const std::string& title, std::string& message) {
     logBanner("sendLiveRemindCustom");
@@ -291,15 +213,6 @@ int32_t VxNetServiceImp::bindPhoneNum(const std::string& phoneNumber, std::strin
     return kNotYetAvailable;
 }
 
-// slot 64
-bool VxNetServiceImp::refreshUserInfo(std::string& errorMessage) {
-    logBanner("refreshUserInfo");
-    return false;
-}
-
-// slot 65
-void VxNetServiceImp::getUserRecord(UserRecord& user) {}
-
 // slot 66
 int32_t VxNetServiceImp::createLiveRoom(int32_t tagId, int32_t id) {
     logBanner("createLiveRoom");
@@ -309,26 +222,10 @@ int32_t VxNetServiceImp::createLiveRoom(int32_t tagId, int32_t id) {
 // slot 67
 void VxNetServiceImp::getStoredList(std::vector<CategoryNode>& emotionWhiteList) {}
 
-// slot 68
-int32_t VxNetServiceImp::loginByPhoneCaptcha(const std::string& text1, const std::string& text2,
-                                             const std::string& text3, std::string& longTokenOut,
-                                             std::string& errorMessage) {
-    logBanner("loginByPhoneCaptcha");
-    return kNotYetAvailable;
-}
-
 // slot 69
 int32_t VxNetServiceImp::getCustomerServiceEntry(const std::string& appCode, std::string& remark,
                                                  std::string& url) {
     logBanner("getCustomerServiceEntry");
-    return kNotYetAvailable;
-}
-
-// slot 70
-int32_t VxNetServiceImp::loginCheckNew(const LoginCheckRequest& request, std::string& errorMessage,
-                                       std::string& longTokenOut) {
-    tolvane::log::writeLine(tolvane::log::kMainLog,
-                            QStringLiteral("loginCheckNew----------------"));
     return kNotYetAvailable;
 }
 
@@ -400,19 +297,9 @@ int32_t VxNetServiceImp::getAnchorHeadHoverInfo(AnchorCardUser& user, AnchorCard
     return kNotYetAvailable;
 }
 
-// slot 86
-void VxNetServiceImp::startServerTimeSync() {
-    logBanner("startServerTimeSync");
-}
-
 // slot 88
 int32_t VxNetServiceImp::getRoomState(bool& live, bool& showType) {
     logBanner("getRoomState");
-    return kNotYetAvailable;
-}
-
-// slot 89
-int32_t VxNetServiceImp::getLoginInfo(ShortTokenInfo& tokenInfo) {
     return kNotYetAvailable;
 }
 
@@ -420,14 +307,6 @@ int32_t VxNetServiceImp::getLoginInfo(ShortTokenInfo& tokenInfo) {
 IVxLiveRoomInfo* VxNetServiceImp::getLiveRoomInfo() {
     return nullptr;
 }
-// slot 32
-int32_t VxNetServiceImp::loginByPhone(const std::string& text1, const std::string& text2,
-                                      const std::string& text3, std::string& longTokenOut,
-                                      std::string& errorMessage) {
-    logBanner("loginByPhone");
-    return kNotYetAvailable;
-}
-
 // slot 93
 int32_t VxNetServiceImp::startBarrage() {
     logBanner("startBarrage");

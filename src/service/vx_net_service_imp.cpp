@@ -4,6 +4,8 @@
 #include <QNetworkProxyFactory>
 
 #include "halyard/client_setup.h"
+#include "halyard/login_request.h"
+#include "net/easy_net_manager.h"
 #include "net/session_text.h"
 #include "net/vx_net_request.h"
 #include "service/environment.h"
@@ -23,11 +25,14 @@ VxNetServiceImp::VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* brea
     longToken_.clear();
     environment_ = tolvane::readEnvironment();
     endpoints_ = VxEndpoints::fromDefaultData();
+    qtClient_ = new EasyNetManager();
     request_ = new VxNetRequest(environment_, breadcrumbSink_, this);
     request_->setDeviceHeader(tolvane::net::userDeviceValue(deviceId_, clientVersion_));
     // The module never follows the system's proxy settings; slot 95 sets its own.
     QNetworkProxyFactory::setUseSystemConfiguration(false);
     timer_ = new QTimer(this);
+    getServerTime(3000);
+    loginClient_ = new LoginRequest(this);
 }
 
 VxNetServiceImp::~VxNetServiceImp() {
@@ -37,6 +42,8 @@ VxNetServiceImp::~VxNetServiceImp() {
         delete timer_;
         timer_ = nullptr;
     }
+    delete qtClient_;
+    qtClient_ = nullptr;
     delete request_;
     request_ = nullptr;
     requestLog_.close();
@@ -65,8 +72,9 @@ void VxNetServiceImp::reloadEnvironment() {
 
 // slot 9
 void VxNetServiceImp::stop() {
-    writeLine(kMainLog, QStringLiteral("VxNetServiceImp::stop"));
+    logBanner("stop");
     observer_.store(nullptr);
+    qtClient_->stop();
 }
 
 // slot 13
@@ -108,12 +116,6 @@ int32_t VxNetServiceImp::getSessionValueA() {
 // slot 39
 int32_t VxNetServiceImp::getSessionValueB() {
     return memberInfoValue_.load();
-}
-
-// slot 45
-int64_t VxNetServiceImp::getServerTime() {
-    const int64_t localSeconds = QDateTime::currentMSecsSinceEpoch() / 1000;
-    return serverTimeOffset_ == -65535 ? localSeconds : localSeconds + serverTimeOffset_;
 }
 
 // slot 77

@@ -5,6 +5,7 @@
 #include <QTimer>
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,7 +19,11 @@
 // The one service object. Its operations are defined next to the subsystem that owns
 // them (account/, room/, barrage/ ...); this file and vx_net_service_imp.cpp hold the
 // lifecycle. Lives on the thread that created it, which must run a Qt event loop.
+class EasyNetManager;
+class LoginRequest;
 class VxNetRequest;
+struct LoginInfo;
+struct RemoteLoginInfo;
 
 class VxNetServiceImp : public QObject, public ILiveencoderNetService, public IRoomListener {
     Q_OBJECT
@@ -169,11 +174,36 @@ public:
     int32_t onNoticeValue(int32_t value) override;
 
     int environment() const { return environment_; }
+    int64_t serverTimeOffset() const { return serverTimeOffset_; }
     // Re-reads default.data; the request client keeps the index it was built with.
     void reloadEnvironment();
 
+    // The anchor's profile; a login counts as done only when it loads.
+    int32_t initUserInfo(std::string& errorMessage);
+    int32_t refreshUserInfoPrivate();
+    // Turns a login result into the stored session (JSON reply or login-library form).
+    int32_t onLoginReply(const QByteArray& bytes, std::string& errorMessage,
+                         std::string& longTokenOut);
+    int32_t onLoginResult(int code, std::string& errorMessage, const LoginInfo& info,
+                          const RemoteLoginInfo& remote, std::string& longTokenOut);
+
+public Q_SLOTS:
+    void sltInitServerTime();
+
 private:
     static void logBanner(const char* operation);
+    using LibraryLoginCall =
+        std::function<bool(int& code, QString& message, LoginInfo&, RemoteLoginInfo&)>;
+    int32_t runLibraryLogin(const LibraryLoginCall& call, const char* errorUrl,
+                            std::string& errorMessage, std::string& longTokenOut);
+    int32_t storeLogin(int32_t parseResult, std::string& errorMessage,
+                       const std::string& longTokenOut);
+    int32_t fetchUserInfo(const char* operation, std::string& errorMessage);
+    // Operations whose session expired refresh the profile and report the code unchanged.
+    int32_t afterSessionCheck(int32_t result);
+    // Starts one server-time request; the reply arrives through the event loop.
+    void getServerTime(int timeoutMs);
+    void onServerTimeReply(const QByteArray& reply);
     // aid, server time and session token as every signed request carries them.
     tolvane::net::CommonValues commonValues();
     std::string sessionToken() const;
@@ -181,6 +211,7 @@ private:
     int32_t environment_ = 0;
     VxEndpoints endpoints_;              // address tables with default.data's overrides
     int64_t serverTimeOffset_ = -65535;  // seconds; -65535 means not synchronised
+    EasyNetManager* qtClient_ = nullptr;
     std::atomic<ServiceObserver*> observer_{nullptr};  // read on the barrage threads
     BreadcrumbSink* breadcrumbSink_ = nullptr;
     ShortTokenInfo tokenInfo_;
@@ -196,7 +227,10 @@ private:
     int32_t roomFlag_ = 0;
     int32_t liveFlag_ = 1;
     uint8_t liveByteFlags_[3] = {0, 0, 0};
+    LoginRequest* loginClient_ = nullptr;
     int32_t barrageProtocolNumber_ = 20180809;
+    // Stand-in for the catalogue store's current user id until that store arrives.
+    int32_t currentUserId_ = 0;
     LiveParameters liveParameters_;
     // Values the barrage client last reported; written on its thread, read on the host's.
     std::atomic<int32_t> onlineCount_{0};

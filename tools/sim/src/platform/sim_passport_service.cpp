@@ -13,7 +13,9 @@ namespace {
 
 using namespace passport_codes;
 
-QString q(const std::string& text) { return QString::fromStdString(text); }
+QString q(const std::string& text) {
+    return QString::fromStdString(text);
+}
 
 SimReply grantReply(SimPlatformState& state, const SimAccount& account) {
     const SimPlatformState::Grant grant = state.grantLogin(account);
@@ -43,10 +45,9 @@ SimReply finishLogin(SimPlatformState& state, const SimAccount& account) {
     }
     SimReply reply = errorReply(kRemoteLoginRequired, QStringLiteral("请验证手机号后登录"));
     QJsonObject body = QJsonDocument::fromJson(QByteArray::fromStdString(reply.body)).object();
-    body.insert(QStringLiteral("ext"),
-                QJsonObject{{"isForeignTel", account.foreignTel ? 1 : 0},
-                            {"hidePhone", maskedPhone(account.phone)},
-                            {"code", q(state.issueRemoteCode(account))}});
+    body.insert(QStringLiteral("ext"), QJsonObject{{"isForeignTel", account.foreignTel ? 1 : 0},
+                                                   {"hidePhone", maskedPhone(account.phone)},
+                                                   {"code", q(state.issueRemoteCode(account))}});
     return jsonReply(200, body);
 }
 
@@ -140,7 +141,8 @@ void addPassportRoutes(SimHttpServer& server, SimPlatformState& state) {
     add("app/remoteLogin", [s](const SimRequest& r) { return remoteLogin(*s, r); });
     add("app/sendPhoneCaptcha",
         [s](const SimRequest& r) { return sendCaptcha(*s, r.param("target")); });
-    add("app/loginCaptcha2", [s](const SimRequest& r) { return sendCaptcha(*s, r.param("phone")); });
+    add("app/loginCaptcha2",
+        [s](const SimRequest& r) { return sendCaptcha(*s, r.param("phone")); });
     add("scan/code", [s](const SimRequest&) {
         const std::string code = s->issueQrCode();
         return okReply(QJsonObject{

@@ -83,11 +83,11 @@ public:
 private:
     mutable std::mutex mutex_;
     std::vector<SimAccount> accounts_;
-    std::map<std::string, std::string> longTokens_;  // long token -> uid
-    std::map<std::string, SimSession> sessions_;     // short token -> session
-    std::map<std::string, std::string> smsCodes_;    // target -> code
-    std::map<std::string, std::string> remoteCodes_; // remote code -> uid
-    std::map<std::string, std::string> qrCodes_;     // code -> account name ("" pending)
+    std::map<std::string, std::string> longTokens_;   // long token -> uid
+    std::map<std::string, SimSession> sessions_;      // short token -> session
+    std::map<std::string, std::string> smsCodes_;     // target -> code
+    std::map<std::string, std::string> remoteCodes_;  // remote code -> uid
+    std::map<std::string, std::string> qrCodes_;      // code -> account name ("" pending)
     int64_t clockSkew_ = 0;
     int timeFailuresLeft_ = 0;
     TimeFailure timeFailure_ = TimeFailure::NegativeTime;

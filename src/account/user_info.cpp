@@ -1,0 +1,168 @@
+// The anchor's profile: fetched after every login and on the host's request.
+#include <QJsonObject>
+#include <QUrlQuery>
+
+#include "net/own_url_request.h"
+#include "net/vx_net_request.h"
+#include "parse/data_parser.h"
+#include "parse/reply_texts.h"
+#include "service/log_writer.h"
+#include "service/vx_net_service_imp.h"
+
+namespace {
+
+constexpr int kContentApiHost = 0;
+constexpr int kRequestTimeoutMs = 30000;
+constexpr int kNoAnswer = 210;
+
+void logFailedReply(const QUrl& url, const QByteArray& reply) {
+    tolvane::log::writeLine(tolvane::log::kMainLog,
+                            QStringLiteral("error Url: %1").arg(url.toString()));
+    tolvane::log::writeLine(tolvane::log::kMainLog,
+                            QStringLiteral("result data : %1").arg(QString::fromUtf8(reply)));
+}
+
+}  // namespace
+
+int DataParser::parseUserInfoResult(const QByteArray& bytes, std::string& errorMessage) {
+    writeParseBanner("parseUserInfoResult");
+    QJsonObject root;
+    const int code =
+        parseReplyEnvelope(bytes, root, QStringLiteral("error"), QStringLiteral("data"));
+    if (code != 0) {
+        errorMessage = lastErrorMessage();
+        return mapServerErrorCode(code);
+    }
+    QJsonObject data;
+    if (!readObject(root, QStringLiteral("data"), data)) {
+        errorMessage = tolvane::kReplyDataErrorText;
+        return 1;
+    }
+    auto text = [&data](const char* key) {
+        return readString(data, QLatin1String(key), QString()).toStdString();
+    };
+    auto flag = [&data](const char* key) {
+        return readString(data, QLatin1String(key), QString()).toInt() == 1;
+    };
+    UserProfile& profile = state_.profile;
+    profile.nickname = text("nickname");
+    profile.isOwnRoom = flag("is_own_room");
+    profile.sex = readString(data, QStringLiteral("sex"), QString()).toInt();
+    profile.phoneBound = flag("phone_status");
+    profile.mobilePhone = text("mobile_phone");
+    profile.ident = text("ident");
+    // An identity that is verified but not to be shown still tells the host that it exists.
+    if (profile.ident.empty() && text("ident_status") == "2") {
+        profile.ident = "******";
+    }
+    QJsonObject avatar;
+    if (readObject(data, QStringLiteral("avatar"), avatar)) {
+        profile.avatarSmall = readString(avatar, QStringLiteral("small"), QString()).toStdString();
+        profile.avatarMiddle =
+            readString(avatar, QStringLiteral("middle"), QString()).toStdString();
+        profile.avatarBig = readString(avatar, QStringLiteral("big"), QString()).toStdString();
+    }
+    return 0;
+}
+
+int32_t VxNetServiceImp::fetchUserInfo(const char* operation, std::string& errorMessage) {
+    logBanner(operation);
+    tolvane::net::OwnUrlRequestInput input;
+    input.method = tolvane::net::HttpMethod::Post;
+    input.host = endpoints_.host(kContentApiHost, environment_);
+    input.urlPath = QStringLiteral("/api/v1/my_info");
+    input.signingPath = QStringLiteral("my_info");
+    input.items = {{QStringLiteral("token"), QString::fromStdString(sessionToken())}};
+    input.time = getServerTime();
+    const tolvane::net::OwnUrlRequest request = tolvane::net::buildOwnUrlRequest(input);
+
+    QByteArray reply;
+    if (!request_->cprSyncPost(reply, request.url, QUrlQuery(request.url), request.headers,
+                               request.form, kRequestTimeoutMs)) {
+        errorMessage = tolvane::kNetworkFailureText;
+        return kNoAnswer;
+    }
+    const int32_t result = parser_.parseUserInfoResult(reply, errorMessage);
+    if (result != 0) {
+        logFailedReply(request.url, reply);
+    }
+    return result;
+}
+
+int32_t VxNetServiceImp::initUserInfo(std::string& errorMessage) {
+    return fetchUserInfo("initUserInfo", errorMessage);
+}
+
+int32_t VxNetServiceImp::refreshUserInfoPrivate() {
+    std::string discarded;
+    return fetchUserInfo("refreshUserInfoPrivate", discarded);
+}
+
+int32_t VxNetServiceImp::afterSessionCheck(int32_t result) {
+    constexpr int32_t kSessionExpired = 220;
+    constexpr int32_t kSessionExpiredToo = 221;
+    if (result == kSessionExpired || result == kSessionExpiredToo) {
+        refreshUserInfoPrivate();
+    }
+    return result;
+}
+
+// slot 5
+bool VxNetServiceImp::getAvatarBig(std::string& url) {
+    url = parser_.userProfile().avatarBig;
+    return true;
+}
+
+// slot 6
+bool VxNetServiceImp::getAvatarMiddle(std::string& url) {
+    url = parser_.userProfile().avatarMiddle;
+    return true;
+}
+
+// slot 7
+bool VxNetServiceImp::getAvatarSmall(std::string& url) {
+    url = parser_.userProfile().avatarSmall;
+    return true;
+}
+
+// slot 18
+const char* VxNetServiceImp::getNickname() {
+    return parser_.userProfile().nickname.c_str();
+}
+
+// slot 22
+bool VxNetServiceImp::hasOwnRoom() {
+    return parser_.userProfile().isOwnRoom;
+}
+
+// slot 55
+int32_t VxNetServiceImp::getSex() {
+    return parser_.userProfile().sex;
+}
+
+// slot 64
+bool VxNetServiceImp::refreshUserInfo(std::string& errorMessage) {
+    const int32_t result = initUserInfo(errorMessage);
+    if (result != 0) {
+        tolvane::log::writeLine(tolvane::log::kMainLog,
+                                QStringLiteral("refreshUserInfo error: %1").arg(result));
+        return false;
+    }
+    startBarrage();
+    return true;
+}
+
+// slot 65
+void VxNetServiceImp::getUserRecord(UserRecord& user) {
+    const DataParser::UserProfile& profile = parser_.userProfile();
+    user.uid = tokenInfo_.uid;
+    user.nickname = profile.nickname;
+    user.sex = profile.sex;
+    user.avatarBig = profile.avatarBig;
+    user.avatarMiddle = profile.avatarMiddle;
+    user.avatarSmall = profile.avatarSmall;
+    user.isOwnRoom = profile.isOwnRoom;
+    user.phoneBound = profile.phoneBound;
+    user.mobilePhone = profile.mobilePhone;
+    user.ident = profile.ident;
+}
