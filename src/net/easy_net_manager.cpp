@@ -100,7 +100,7 @@ bool EasyNetManager::sendBlocking(QNetworkAccessManager::Operation operation,
     QNetworkAccessManager manager;
     QTimer timer;
     timer.setSingleShot(true);
-    timer.setInterval(timeoutMs);
+    timer.setInterval(std::max(0, timeoutMs));
     connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
     connect(&manager, &QNetworkAccessManager::finished, &loop, &QEventLoop::quit);
     connect(&manager, &QNetworkAccessManager::sslErrors, this, &EasyNetManager::onsslErrors,
@@ -193,7 +193,7 @@ void EasyNetManager::getAsync(const QNetworkRequest& request, QObject* receiver,
         timer->deleteLater();
         deliver(body);
     });
-    timer->start(timeoutMs);
+    timer->start(std::max(0, timeoutMs));
 }
 
 void EasyNetManager::stop() {

@@ -281,6 +281,11 @@ TEST_F(EasyNetManagerTest, AsyncHandlerNeverRunsWhenItsReceiverOrTheClientIsGone
 }
 
 TEST_F(EasyNetManagerTest, AsyncHandlerRunsOnTheReceiversThread) {
+#if defined(__SANITIZE_THREAD__)
+    // The handler crosses threads through Qt's event queue, whose locking the uninstrumented
+    // Qt library hides from ThreadSanitizer; every other case runs on one Qt thread.
+    GTEST_SKIP() << "hand-over through Qt's event queue is invisible to ThreadSanitizer";
+#endif
     QThread worker;
     worker.start();
     auto* receiver = new QObject;
