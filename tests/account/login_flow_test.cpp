@@ -1,0 +1,194 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <string>
+
+#include "parse/reply_texts.h"
+#include "platform/sim_passport_service.h"
+#include "service/log_writer.h"
+#include "support/log_reader.h"
+#include "support/sim_service_fixture.h"
+
+namespace {
+
+using tolvane::sim::SimPlatformState;
+
+class LoginFlow : public SimServiceTest {
+protected:
+    int32_t loginAs(const char* name, const char* password) {
+        errorMessage.clear();
+        longToken.clear();
+        return service().login(name, password, errorMessage, longToken);
+    }
+    std::string token() {
+        std::string text;
+        service().getToken(text);
+        return text;
+    }
+    std::string lastLoginMessage() {
+        std::string text;
+        service().getLastLoginMessage(text);
+        return text;
+    }
+
+    std::string errorMessage;
+    std::string longToken;
+};
+
+// Every library login slot, driven with the same fixture accounts.
+struct SlotCase {
+    const char* name;
+    std::function<int32_t(VxNetServiceImp&, SimPlatformState&, std::string& error,
+                          std::string& token)>
+        login;
+};
+
+TEST_F(LoginFlow, EverySlotLogsInAndLoadsTheProfile) {
+    const SlotCase cases[] = {
+        {"login", [](VxNetServiceImp& s, SimPlatformState&, std::string& e,
+                     std::string& t) { return s.login("anchor", "secret123", e, t); }},
+        {"loginByPhone with password",
+         [](VxNetServiceImp& s, SimPlatformState&, std::string& e, std::string& t) {
+             return s.loginByPhone("13800000001", "secret123", "86", t, e);
+         }},
+        {"loginByPhoneCaptcha",
+         [](VxNetServiceImp& s, SimPlatformState& p, std::string& e, std::string& t) {
+             return s.loginByPhoneCaptcha("13800000001", p.issueSmsCode("13800000001"), "86", t, e);
+         }},
+        {"loginCheckNew by name ignores the phone texts",
+         [](VxNetServiceImp& s, SimPlatformState&, std::string& e, std::string& t) {
+             LoginCheckRequest request;
+             request.name = "anchor";
+             request.secret = "secret123";
+             request.phoneText1 = "19999999999";
+             request.phoneText3 = "1";
+             return s.loginCheckNew(request, e, t);
+         }},
+        {"loginCheckNew by phone with an SMS code",
+         [](VxNetServiceImp& s, SimPlatformState& p, std::string& e, std::string& t) {
+             LoginCheckRequest request;
+             request.phoneText1 = "13800000001";
+             request.phoneText3 = "86";
+             request.secret = p.issueSmsCode("13800000001");
+             return s.loginCheckNew(request, e, t);
+         }},
+    };
+    for (const SlotCase& c : cases) {
+        service().logout();
+        std::string error, token;
+        EXPECT_EQ(c.login(service(), platform(), error, token), 0) << c.name << ": " << error;
+        EXPECT_FALSE(token.empty()) << c.name;
+        EXPECT_STREQ(service().getNickname(), "Lantern") << c.name;
+        EXPECT_TRUE(service().hasOwnRoom()) << c.name;
+        std::string sessionToken;
+        service().getToken(sessionToken);
+        EXPECT_TRUE(platform().sessionByToken(sessionToken).has_value()) << c.name;
+        std::string stored;
+        service().getSessionText(stored);
+        EXPECT_EQ(stored, token) << c.name;
+    }
+}
+
+TEST_F(LoginFlow, RefusalsAreMappedAndLogged) {
+    struct Case {
+        const char* name;
+        const char* password;
+        int32_t expected;
+        const char* logLine;
+    };
+    const Case cases[] = {
+        {"anchor", "wrong", 214,
+         "error Url: app/loginCheck2, errorCode: 603,  errorMsg: 账号或密码错误"},
+        {"nobody", "x", 214,
+         "error Url: app/loginCheck2, errorCode: 603,  errorMsg: 账号或密码错误"},
+        // The profile fetch fails after the passport accepted the password.
+        {"noprofile", "secret321", 218, "initUserInfo error: 218"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(loginAs(c.name, c.password), c.expected) << c.name;
+        EXPECT_EQ(errorMessage, lastLoginMessage()) << c.name;  // the library's own message
+        EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).contains(QString::fromUtf8(c.logLine)))
+            << c.name;
+    }
+}
+
+TEST_F(LoginFlow, RemoteLoginNeedsTheSmsCode) {
+    EXPECT_EQ(loginAs("traveller", "secret456"), 228);
+    EXPECT_TRUE(
+        readLogMessages(tolvane::log::kMainLog)
+            .contains(QString::fromUtf8(
+                "error Url: app/loginCheck2, errorCode: 130014,  errorMsg: 请验证手机号后登录")));
+    bool foreign = true;
+    std::string hidePhone, remoteCode;
+    service().getRemoteLoginInfo(foreign, hidePhone, remoteCode);
+    EXPECT_FALSE(foreign);
+    EXPECT_EQ(hidePhone, "139****0002");
+    ASSERT_FALSE(remoteCode.empty());
+    EXPECT_EQ(token(), "-1_0__0_0");  // still logged out
+
+    EXPECT_EQ(service().remoteLogin(remoteCode, "000000", longToken, errorMessage), 226);
+    const std::string sms = platform().issueSmsCode(remoteCode);
+    EXPECT_EQ(service().remoteLogin(remoteCode, sms, longToken, errorMessage), 0) << errorMessage;
+    EXPECT_STREQ(service().getNickname(), "Wayfarer");
+}
+
+TEST_F(LoginFlow, NoAnswerGives210AndTheNetworkText) {
+    sim().stop();
+    EXPECT_EQ(loginAs("anchor", "secret123"), 210);
+    EXPECT_EQ(errorMessage, tolvane::kNetworkFailureText);
+    EXPECT_EQ(lastLoginMessage(), tolvane::kNetworkFailureStoredText);
+}
+
+TEST_F(LoginFlow, TokenLoginReplacesTheLongToken) {
+    ASSERT_EQ(loginAs("anchor", "secret123"), 0);
+    std::string saved = longToken;
+    EXPECT_EQ(service().loginByToken(saved, errorMessage), 0) << errorMessage;
+    EXPECT_NE(saved, longToken);
+    EXPECT_TRUE(platform().accountByLongToken(saved).has_value());
+
+    ASSERT_EQ(loginAs("expired", "secret000"), 0);
+    std::string expired = longToken;
+    EXPECT_EQ(service().loginByToken(expired, errorMessage), 227);
+    EXPECT_EQ(expired, longToken);  // the host's token is left as it was
+}
+
+TEST_F(LoginFlow, ThirdPartyLoginUsesTheGivenTokenSet) {
+    const auto account = platform().accountByName("anchor");
+    ASSERT_TRUE(account.has_value());
+    const auto grant = platform().grantLogin(*account);
+    ShortTokenInfo info;
+    info.uid = grant.session.uid;
+    info.shortToken = grant.session.shortToken;
+    info.bizType = grant.session.bizType;
+    info.clientType = grant.session.clientType;
+    info.longTokenId = grant.session.longTokenId;
+    info.expireIn = 99;
+    EXPECT_EQ(service().login_third_party(grant.longToken, info), 0);
+    EXPECT_STREQ(service().getNickname(), "Lantern");
+    ShortTokenInfo stored;
+    EXPECT_EQ(service().getLoginInfo(stored), 99);
+    EXPECT_EQ(stored.shortToken, grant.session.shortToken);
+
+    info.shortToken = "forged";
+    EXPECT_EQ(service().login_third_party(grant.longToken, info), 220);  // session expired
+}
+
+TEST_F(LoginFlow, LogoutResetsTheSession) {
+    ASSERT_EQ(loginAs("traveller", "secret456"), 228);
+    ASSERT_EQ(loginAs("anchor", "secret123"), 0);
+    ASSERT_EQ(loginAs("anchor", "wrong"), 214);
+    EXPECT_NE(token(), "-1_0__0_0");
+    service().logout();
+    EXPECT_EQ(token(), "-1_0__0_0");
+    std::string longTokenAfter;
+    service().getSessionText(longTokenAfter);
+    EXPECT_TRUE(longTokenAfter.empty());
+    EXPECT_STREQ(service().getNickname(), "");
+    bool foreign = false;
+    std::string hidePhone, code;
+    service().getRemoteLoginInfo(foreign, hidePhone, code);
+    EXPECT_TRUE(foreign);                      // back to its initial value
+    EXPECT_EQ(lastLoginMessage(), "账号或密码错误");  // kept across logout
+}
+
+}  // namespace

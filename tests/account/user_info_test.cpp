@@ -1,0 +1,83 @@
+#include <gtest/gtest.h>
+
+#include "parse/data_parser.h"
+#include "support/log_reader.h"
+#include "support/scoped_env.h"
+#include "support/sim_service_fixture.h"
+
+namespace {
+
+TEST(UserInfoParse, FieldRules) {
+    IsolatedWorkspace workspace;
+    struct Case {
+        const char* data;
+        bool ownRoom;
+        int sex;
+        const char* ident;
+        const char* avatarBig;
+    };
+    const Case cases[] = {
+        {R"({"nickname":"n","is_own_room":1,"sex":"2","ident":"","ident_status":"2",
+             "avatar":{"big":"B","middle":"M","small":"S"}})",
+         true, 2, "******", "B"},
+        {R"({"nickname":"n","is_own_room":"1","sex":1,"ident":"","ident_status":"1"})", true, 1, "",
+         "B"},  // no avatar: the previous avatars stay
+        {R"({"nickname":"n","is_own_room":2,"sex":"x","ident":"110*","ident_status":"2"})", false,
+         0, "110*", "B"},
+    };
+    DataParser parser;
+    for (const Case& c : cases) {
+        std::string message;
+        const QByteArray reply = QByteArray(R"({"error":0,"data":)") + c.data + "}";
+        EXPECT_EQ(parser.parseUserInfoResult(reply, message), 0) << c.data;
+        EXPECT_EQ(parser.userProfile().isOwnRoom, c.ownRoom) << c.data;
+        EXPECT_EQ(parser.userProfile().sex, c.sex) << c.data;
+        EXPECT_EQ(parser.userProfile().ident, c.ident) << c.data;
+        EXPECT_EQ(parser.userProfile().avatarBig, c.avatarBig) << c.data;
+    }
+    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
+                    .contains("parse data failed! json has not key: 'avatar'"));
+    std::string message;
+    EXPECT_EQ(parser.parseUserInfoResult(R"({"error":0})", message), 1);
+    EXPECT_EQ(message, "服务器数据异常");
+}
+
+using UserInfo = SimServiceTest;
+
+TEST_F(UserInfo, RecordAccessorsAndRefresh) {
+    std::string error, token;
+    ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
+    UserRecord user;
+    service().getUserRecord(user);
+    EXPECT_EQ(user.uid, "10001");
+    EXPECT_EQ(user.nickname, "Lantern");
+    EXPECT_EQ(user.ident, "******");
+    EXPECT_TRUE(user.phoneBound);
+    EXPECT_EQ(user.mobilePhone, "138****0001");
+    std::string avatar;
+    EXPECT_TRUE(service().getAvatarMiddle(avatar));
+    EXPECT_EQ(avatar, "https://img.tolvane.example/a/10001_middle.png");
+    EXPECT_EQ(service().getSex(), 1);
+
+    EXPECT_TRUE(service().refreshUserInfo(error));
+    // Every profile request arrived signed and with the session's token.
+    const auto requests = sim().http().requestLog().to("/api/v1/my_info");
+    ASSERT_EQ(requests.size(), 2u);
+    for (const auto& request : requests) {
+        EXPECT_TRUE(request.authOk) << request.signingText;
+    }
+
+    service().logout();
+    EXPECT_FALSE(service().refreshUserInfo(error));
+    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).contains("refreshUserInfo error: 220"));
+}
+
+TEST_F(UserInfo, SparseProfileStillLogsIn) {
+    std::string error, token;
+    ASSERT_EQ(service().login("sparse", "secret789", error, token), 0) << error;
+    EXPECT_STREQ(service().getNickname(), "Minimal");
+    EXPECT_EQ(service().getSex(), 0);
+    EXPECT_FALSE(service().hasOwnRoom());
+}
+
+}  // namespace

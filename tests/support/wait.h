@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QThread>
+#include <functional>
+
+// Runs the test thread's event loop until the condition holds or the time runs out.
+inline bool waitUntil(const std::function<bool()>& condition, int timeoutMs = 3000) {
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition()) {
+        if (clock.elapsed() > timeoutMs) {
+            return false;
+        }
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        QThread::msleep(1);
+    }
+    return true;
+}
+
+// Runs the event loop for a while, for checks that something does not happen.
+inline void spinEvents(int durationMs) {
+    waitUntil([] { return false; }, durationMs);
+}
