@@ -6,7 +6,7 @@
 
 class PrintingObserver;
 
-// Walks the broadcast road as far as the module offers it, printing each step.
+// Walks the broadcast road against the embedded platform simulator, printing each step.
 // Returns the process exit code.
 int runDemo(CreateNetServiceFunction createNetService, PrintingObserver& observer,
             QTextStream& out);
