@@ -49,9 +49,12 @@ OwnUrlRequest buildOwnUrlRequest(const OwnUrlRequestInput& input) {
 
     request.url = QUrl(QString::fromStdString(input.host) + input.urlPath);
     if (!query.isEmpty()) {
+        // QUrlQuery would read "%41" or "+" in a value as encoded text; encoding every pair
+        // first makes the server decode exactly the values that were signed.
         QUrlQuery urlQuery;
         for (const auto& pair : query) {
-            urlQuery.addQueryItem(pair.first, pair.second);
+            urlQuery.addQueryItem(QString::fromLatin1(QUrl::toPercentEncoding(pair.first)),
+                                  QString::fromLatin1(QUrl::toPercentEncoding(pair.second)));
         }
         request.url.setQuery(urlQuery);
     }

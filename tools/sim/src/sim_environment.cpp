@@ -1,0 +1,78 @@
+#include "sim_environment.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+
+namespace tolvane::sim {
+
+namespace {
+const char kDefaultDataVariable[] = "TOLVANE_DEFAULT_DATA";
+}
+
+SimEnvironment::SimEnvironment(const QString& folder) : SimEnvironment(folder, Options()) {}
+
+SimEnvironment::SimEnvironment(const QString& folder, Options options)
+    : folder_(folder), options_(options), server_(options.environment) {}
+
+SimEnvironment::~SimEnvironment() {
+    stop();
+}
+
+QString SimEnvironment::defaultDataPath() const {
+    return QDir(folder_).filePath(QStringLiteral("default.data"));
+}
+
+std::string SimEnvironment::caFile() const {
+    return authority_ ? authority_->caFile() : std::string();
+}
+
+bool SimEnvironment::start() {
+    bool started = false;
+    if (options_.https) {
+        if (!authority_) {
+            authority_ = std::make_unique<SimCertificateAuthority>();
+        }
+        started = authority_->isValid() && server_.startHttps(authority_->trustedIdentity());
+    } else {
+        started = server_.start();
+    }
+    if (!started || !writeDefaultData()) {
+        server_.stop();
+        return false;
+    }
+    if (!envSet_) {
+        hadEnv_ = qEnvironmentVariableIsSet(kDefaultDataVariable);
+        oldEnv_ = qgetenv(kDefaultDataVariable);
+        envSet_ = true;
+    }
+    qputenv(kDefaultDataVariable, QFile::encodeName(defaultDataPath()));
+    return true;
+}
+
+void SimEnvironment::stop() {
+    server_.stop();
+    if (envSet_) {
+        if (hadEnv_) {
+            qputenv(kDefaultDataVariable, oldEnv_);
+        } else {
+            qunsetenv(kDefaultDataVariable);
+        }
+        envSet_ = false;
+    }
+}
+
+bool SimEnvironment::writeDefaultData() const {
+    QJsonObject root = extra_;
+    root.insert(QStringLiteral("app.domain"), options_.environment);
+    root.insert(QStringLiteral("endpoints"),
+                QJsonObject{{QStringLiteral("origin"), QString::fromStdString(origin())}});
+    QFile file(defaultDataPath());
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+        return false;
+    }
+    const QByteArray content = QJsonDocument(root).toJson();
+    return file.write(content) == content.size();
+}
+
+}  // namespace tolvane::sim
