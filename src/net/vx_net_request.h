@@ -62,7 +62,7 @@ private:
               const QString& errorLine);
     tolvane::net::HeaderMap baseHeaders() const;
 
-    int32_t reserved_ = 0;
+    [[maybe_unused]] int32_t reserved_ = 0;
     int32_t environment_ = 0;
     QByteArray deviceHeader_;
     std::string proxy_;

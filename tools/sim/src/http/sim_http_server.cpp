@@ -2,6 +2,7 @@
 
 #include <httplib.h>
 #include <strings.h>
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <cstring>
@@ -172,6 +173,8 @@ bool SimHttpServer::startListener(Listener& listener, std::unique_ptr<httplib::S
     }
     server->new_task_queue = [] { return new httplib::ThreadPool(kWorkerThreads); };
     server->set_keep_alive_timeout(kKeepAliveSeconds);
+    // Headers and body go out in separate writes; Nagle would hold the body for the ACK.
+    server->set_tcp_nodelay(true);
     const auto handler = [this, scheme](const httplib::Request& in, httplib::Response& out) {
         handle(in, out, scheme);
     };
@@ -182,10 +185,21 @@ bool SimHttpServer::startListener(Listener& listener, std::unique_ptr<httplib::S
     server->Patch(".*", handler);
     server->Options(".*", handler);
 
+    // httplib listens with a backlog of 5; a burst of concurrent clients would see dropped
+    // SYNs and a one-second retry, so the socket is kept to widen the backlog after bind.
+    int socketFd = -1;
+    server->set_socket_options([&socketFd](socket_t fd) {
+        const int on = 1;
+        setsockopt(fd, SOL_SOCKET, SO_REUSEADDR, &on, sizeof(on));
+        socketFd = fd;
+    });
     const int bound = port == 0 ? server->bind_to_any_port(kLoopback)
                                 : (server->bind_to_port(kLoopback, port) ? port : -1);
     if (bound <= 0) {
         return false;
+    }
+    if (socketFd >= 0) {
+        ::listen(socketFd, SOMAXCONN);
     }
     httplib::Server* raw = server.get();
     std::thread thread([raw] { raw->listen_after_bind(); });

@@ -1,0 +1,305 @@
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTcpServer>
+#include <memory>
+#include <vector>
+
+#include "http/sim_http_server.h"
+#include "net/session_text.h"
+#include "net/tiny_proxy.h"
+#include "net/vx_net_request.h"
+#include "support/log_reader.h"
+#include "support/scoped_env.h"
+
+using tolvane::net::CommonValues;
+using tolvane::sim::SimFault;
+using tolvane::sim::SimHttpServer;
+using tolvane::sim::SimRequest;
+
+namespace {
+
+class RecordingSink : public BreadcrumbSink {
+public:
+    void onBreadcrumb(const VxBreadcrumb<VxBreadcrumb_Http>& crumb) override {
+        crumbs.push_back(crumb);
+    }
+    std::vector<VxBreadcrumb<VxBreadcrumb_Http>> crumbs;
+};
+
+QJsonObject parse(const QByteArray& reply) {
+    return QJsonDocument::fromJson(reply).object();
+}
+
+// The echo route whose signing rule matches the base-address kind.
+QString echoPathFor(int kind) {
+    switch (kind) {
+        case 6:
+            return QStringLiteral("sim/echo/mobile3");
+        case 10:
+            return QStringLiteral("sim/echo/mobile2");
+        case 8:
+        case 9:
+        case 11:
+            return QStringLiteral("sim/echo/none");
+        default:
+            return QStringLiteral("sim/echo/query");
+    }
+}
+
+// A 64-character label is refused by the C library's resolver before any query leaves the
+// machine, whereas an ordinary ".invalid" name is sent to the configured name server.
+const std::string kUnresolvableHost = std::string(64, 'a') + ".invalid";
+
+quint16 closedLoopbackPort() {
+    QTcpServer probe;
+    probe.listen(QHostAddress::LocalHost, 0);
+    return probe.serverPort();
+}
+
+class VxNetRequestTest : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(server_.start()); }
+
+    // A client of the environment whose every address points at the origin.
+    std::unique_ptr<VxNetRequest> client(int environment, const std::string& origin) {
+        QJsonObject endpoints{{"origin", QString::fromStdString(origin)}};
+        workspace_.writeDefaultData(
+            QJsonDocument(QJsonObject{{"app.domain", environment}, {"endpoints", endpoints}})
+                .toJson());
+        server_.setEnvironment(environment);
+        return std::make_unique<VxNetRequest>(environment, &sink_, nullptr);
+    }
+    std::unique_ptr<VxNetRequest> client(int environment = 1) {
+        return client(environment, server_.httpOrigin());
+    }
+
+    SimRequest lastRequest() {
+        const auto all = server_.requestLog().all();
+        return all.empty() ? SimRequest() : all.back();
+    }
+
+    IsolatedWorkspace workspace_;
+    SimHttpServer server_;
+    RecordingSink sink_;
+};
+
+TEST_F(VxNetRequestTest, StatusDecidesBetweenBodyAndMadeUpReply) {
+    auto request = client();
+    const struct {
+        SimFault fault;
+        bool post;
+        bool ok;
+        int error;
+    } cases[] = {
+        {SimFault::delay(0), false, true, 0},
+        {SimFault::httpStatus(404, "no such page"), false, false, 404},
+        {SimFault::httpStatus(500, "{\"oops\":1}"), true, false, 500},
+    };
+    for (const auto& c : cases) {
+        server_.setFault("/sim/echo/query", c.fault);
+        sink_.crumbs.clear();
+        QByteArray reply;
+        const bool ok = c.post
+                            ? request->cprPost(reply, 1, "sim/echo/query", {}, {{"k", "v"}},
+                                               {{"f", "x y"}}, 5000)
+                            : request->cprGet(reply, 1, "sim/echo/query", {}, {{"k", "v"}}, 5000);
+        const QJsonObject object = parse(reply);
+        EXPECT_EQ(ok, c.ok);
+        EXPECT_EQ(object.value("error").toInt(), c.error);
+        ASSERT_EQ(sink_.crumbs.size(), 1u);
+        const auto& crumb = sink_.crumbs.front();
+        EXPECT_EQ(crumb.category, 4);
+        EXPECT_EQ(crumb.level, 1);
+        EXPECT_EQ(crumb.message, c.post ? "cprPost" : "cprGet");
+        EXPECT_EQ(crumb.part.method, c.post ? "POST" : "GET");
+        EXPECT_EQ(crumb.part.statusCode, ok ? 200 : c.error);
+        EXPECT_EQ(crumb.part.url.rfind(server_.httpOrigin() + "/sim/echo/query?", 0), 0u);
+        if (!ok) {
+            EXPECT_EQ(object.value("msg").toString(),
+                      QStringLiteral("[Error] 服务器返回异常，错误码 %1").arg(c.error));
+            EXPECT_EQ(object.value("data").toString().toStdString(), c.fault.body);
+            EXPECT_EQ(crumb.data, c.fault.body);
+        }
+    }
+    const QStringList log = readLogMessages(tolvane::log::kMainLog);
+    const int failure = log.indexOf(QRegularExpression("^cprGet error:.*\"error\":404.*"));
+    ASSERT_GE(failure, 0);
+    EXPECT_TRUE(log.value(failure + 1).startsWith("url:http://127.0.0.1:"));
+    const int postFailure = log.indexOf(QRegularExpression("^cprPost error:.*\"error\":500.*"));
+    ASSERT_GE(postFailure, 0);
+    EXPECT_TRUE(log.value(postFailure + 1).contains("/sim/echo/query?k=v&auth="));
+    EXPECT_EQ(log.value(postFailure + 2), "post:f=x%20y");
+}
+
+TEST_F(VxNetRequestTest, TransportFailuresGiveTheNetworkReply) {
+    const struct {
+        const char* name;
+        int environment;
+        std::string origin;
+        int kind;
+        int expectedError;
+    } cases[] = {
+        {"refused", 1, "http://127.0.0.1:" + std::to_string(closedLoopbackPort()), 1, 1},
+        {"unresolvable", 1, "http://" + kUnresolvableHost, 1, 3},
+        // Environment 3 has no gift service: the URL is the bare path, refused unsent.
+        {"no base address", 3, server_.httpOrigin(), 11, 5},
+    };
+    for (const auto& c : cases) {
+        auto request = client(c.environment, c.origin);
+        QByteArray reply;
+        EXPECT_FALSE(request->cprGet(reply, c.kind, "sim/echo/none", {}, {}, 5000)) << c.name;
+        const QJsonObject object = parse(reply);
+        EXPECT_EQ(object.value("error").toInt(), c.expectedError) << c.name;
+        EXPECT_EQ(object.value("msg").toString(), QStringLiteral("[Error] 网络请求失败"));
+        EXPECT_FALSE(object.value("data").toString().isEmpty()) << c.name;
+        EXPECT_EQ(sink_.crumbs.back().part.statusCode, 0) << c.name;
+        EXPECT_EQ(sink_.crumbs.back().part.errorText,
+                  object.value("data").toString().toStdString());
+    }
+    EXPECT_EQ(server_.requestLog().size(), 0u);
+    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).contains("url:sim/echo/none"));
+}
+
+TEST_F(VxNetRequestTest, TimeOutCoversTheWholeTransfer) {
+    auto request = client();
+    server_.setFault("/sim/echo/query", SimFault::delay(3000));
+    QElapsedTimer timer;
+    timer.start();
+    QByteArray reply;
+    EXPECT_FALSE(request->cprGet(reply, 1, "sim/echo/query", {}, {}, 300));
+    EXPECT_LT(timer.elapsed(), 300 + 700);
+    EXPECT_EQ(parse(reply).value("error").toInt(), 8);
+}
+
+TEST_F(VxNetRequestTest, ParametersArriveIntact) {
+    auto request = client();
+    const QString awkward = QStringLiteral("中文 &=+%/?#;ü~\"'");
+    QByteArray reply;
+    ASSERT_TRUE(request->cprPost(reply, 2, "sim/echo/query", {}, {{"q", awkward}},
+                                 {{"f", awkward}, {"g", ""}}, 5000));
+    SimRequest seen = lastRequest();
+    EXPECT_EQ(seen.path, "/api/v1/sim/echo/query");
+    EXPECT_EQ(seen.queryValue("q"), awkward.toStdString());
+    EXPECT_EQ(seen.formValue("f"), awkward.toStdString());
+    EXPECT_TRUE(seen.authOk);
+    EXPECT_EQ(seen.header("Content-Type"), "application/x-www-form-urlencoded");
+
+    // QUrlQuery leaves "+" and "?" bare: the first reads as a blank on the server, the second
+    // is refused by the simulator's HTTP library, so neither is in this text.
+    const QString ownQuery = QStringLiteral("中文 &=%/#;ü~\"'");
+    QUrlQuery query;
+    query.addQueryItem("q", ownQuery);
+    ASSERT_TRUE(request->cprSyncGet(
+        reply, QUrl(QString::fromStdString(server_.httpOrigin()) + "/sim/echo/none"), query,
+        {{"X-Note", "é"}}, 5000))
+        << reply.toStdString();
+    seen = lastRequest();
+    EXPECT_EQ(seen.method, "GET");
+    EXPECT_EQ(seen.queryValue("q"), ownQuery.toStdString());
+    EXPECT_EQ(seen.header("X-Note"), "é");
+    EXPECT_FALSE(seen.header("User-Device").empty());
+
+    ASSERT_TRUE(request->cprSyncPost(
+        reply, QUrl(QString::fromStdString(server_.httpOrigin()) + "/sim/echo/none"), query, {},
+        {{"f", awkward}}, 5000));
+    seen = lastRequest();
+    EXPECT_EQ(seen.method, "POST");
+    EXPECT_EQ(seen.formValue("f"), awkward.toStdString());
+}
+
+TEST_F(VxNetRequestTest, EverySigningKindIsAcceptedAndCarriesItsGroups) {
+    const CommonValues common{QStringLiteral("vxtool"), 1700000000, QStringLiteral("-1_0__0_0")};
+    for (int environment : {0, 1}) {
+        auto request = client(environment);
+        request->setDeviceHeader(tolvane::net::userDeviceValue("dev", "v2"));
+        for (int kind = 0; kind < 12; ++kind) {
+            RequestDescriptor descriptor;
+            descriptor.kind = kind;
+            descriptor.path = echoPathFor(kind);
+            descriptor.groupB = {{"b", "2"}, {"a", "1"}};
+            descriptor.timeoutMs = 5000;
+            QByteArray reply;
+            const bool ok = kind % 2 == 0 ? request->requestGet(reply, descriptor, common)
+                                          : request->requestPost(reply, descriptor, common);
+            ASSERT_TRUE(ok) << "kind " << kind << " env " << environment << ": "
+                            << reply.toStdString();
+            const SimRequest seen = lastRequest();
+            EXPECT_TRUE(seen.authOk) << "kind " << kind << " env " << environment;
+            EXPECT_EQ(seen.header("User-Device"), "ZGV2fHYy");
+            const bool mobile = kind == 6 || kind == 10;
+            const bool unsigned_ = kind == 8 || kind == 9 || kind == 11;
+            EXPECT_EQ(!seen.header("auth").empty(), mobile) << kind;
+            EXPECT_EQ(!seen.queryValue("auth").empty(), !mobile && !unsigned_) << kind;
+            if (mobile) {
+                EXPECT_EQ(seen.header("aid"), "vxtool");
+                EXPECT_EQ(seen.header("time"), "1700000000");
+                EXPECT_EQ(seen.header("token"), "-1_0__0_0");
+            }
+            EXPECT_EQ(seen.queryValue("time"), kind == 1 ? "1700000000" : "") << kind;
+        }
+    }
+}
+
+TEST_F(VxNetRequestTest, HttpsTrustsTheConfiguredAuthorityOnly) {
+    tolvane::sim::SimCertificateAuthority authority;
+    ASSERT_TRUE(authority.isValid());
+    SimHttpServer untrusted;
+    ASSERT_TRUE(server_.startHttps(authority.trustedIdentity()));
+    ASSERT_TRUE(untrusted.startHttps(authority.selfSignedIdentity()));
+
+    QByteArray reply;
+    {
+        ScopedEnv ca("TOLVANE_CA_FILE", QByteArray::fromStdString(authority.caFile()));
+        auto request = client(1, server_.httpsOrigin());
+        EXPECT_TRUE(request->cprGet(reply, 1, "sim/echo/query", {}, {{"k", "v"}}, 5000))
+            << reply.toStdString();
+        EXPECT_EQ(lastRequest().scheme, "https");
+
+        auto refused = client(1, untrusted.httpsOrigin());
+        EXPECT_FALSE(refused->cprGet(reply, 1, "sim/echo/query", {}, {}, 5000));
+        EXPECT_EQ(parse(reply).value("error").toInt(), 12);
+    }
+    auto withoutAuthority = client(1, server_.httpsOrigin());
+    EXPECT_FALSE(withoutAuthority->cprGet(reply, 1, "sim/echo/query", {}, {}, 5000));
+    EXPECT_EQ(parse(reply).value("error").toInt(), 12);
+    withoutAuthority->setCaFile(authority.caFile());
+    EXPECT_TRUE(withoutAuthority->cprGet(reply, 1, "sim/echo/query", {}, {}, 5000));
+    EXPECT_EQ(untrusted.requestLog().size(), 0u);
+}
+
+TEST_F(VxNetRequestTest, ProxyCarriesEveryRequestUntilCleared) {
+    TinyProxy proxy;
+    ASSERT_TRUE(proxy.running());
+    tolvane::sim::SimCertificateAuthority authority;
+    ASSERT_TRUE(server_.startHttps(authority.trustedIdentity()));
+    auto request = client();
+    request->setCaFile(authority.caFile());
+    request->setProxy(proxy.address().toStdString());
+
+    QByteArray reply;
+    ASSERT_TRUE(request->cprGet(reply, 8, "sim/echo/none", {}, {{"n", "1"}}, 5000));
+    EXPECT_TRUE(lastRequest().header("Via").find("tolvane-test-proxy") != std::string::npos);
+    ASSERT_TRUE(request->cprPost(reply, 8, "sim/echo/none", {}, {}, {{"n", "2"}}, 5000));
+    EXPECT_TRUE(lastRequest().header("Via").find("tolvane-test-proxy") != std::string::npos);
+    EXPECT_EQ(proxy.requestLines().size(), 2);
+
+    // HTTPS goes through one tunnel, kept for the second request.
+    const std::string httpsUrl = server_.httpsOrigin() + "/sim/echo/none";
+    for (int i = 0; i < 2; ++i) {
+        ASSERT_TRUE(
+            request->cprSyncGet(reply, QUrl(QString::fromStdString(httpsUrl)), {}, {}, 5000))
+            << reply.toStdString();
+    }
+    EXPECT_EQ(proxy.requestLines().filter(QRegularExpression("^CONNECT ")).size(), 1);
+    EXPECT_EQ(lastRequest().scheme, "https");
+
+    request->setProxy("");
+    ASSERT_TRUE(request->cprGet(reply, 8, "sim/echo/none", {}, {}, 5000));
+    EXPECT_EQ(lastRequest().header("Via"), "");
+    EXPECT_EQ(proxy.requestLines().size(), 3);
+}
+
+}  // namespace

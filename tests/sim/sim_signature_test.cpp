@@ -1,0 +1,351 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+
+#include "http/sim_replies.h"
+#include "sim/sim_test_support.h"
+
+using tolvane::sim::SimHttpServer;
+
+namespace {
+
+enum class AuthIn { Query, Header, Nowhere };
+
+struct SignCase {
+    const char* name;
+    int environment;
+    bool post;
+    std::string path;
+    Pairs query;
+    Pairs headers;
+    Pairs form;
+    std::string signText;  // what the client signed
+    bool live;
+    AuthIn authIn;
+    bool accepted;
+};
+
+const SignCase kCases[] = {
+    {"QueryGet",
+     0,
+     false,
+     "/sim/echo/query",
+     {{"b", "2"}, {"a", "1"}, {"time", "100"}},
+     {},
+     {},
+     "sim/echo/query?a=1&b=2&time=100%s",
+     false,
+     AuthIn::Query,
+     true},
+    {"QueryPostFormUnderBaseFolder",
+     0,
+     true,
+     "/api/v1/sim/echo/query",
+     {{"aid", "vxtool"}, {"time", "100"}},
+     {},
+     {{"z", "3"}, {"c", "你好"}},
+     "sim/echo/query?aid=vxtool&time=100%s&c=你好&z=3",
+     false,
+     AuthIn::Query,
+     true},
+    {"QueryFallsBackToHeaders",
+     0,
+     false,
+     "/sim/echo/query",
+     {},
+     {{"token", "T"}, {"referer", "r"}},
+     {},
+     "sim/echo/query?referer=r&token=T%s",
+     false,
+     AuthIn::Header,
+     true},
+    {"QueryRepeatedKeySortedByValue",
+     0,
+     false,
+     "/sim/echo/query",
+     {{"k", "b"}, {"k", "a"}},
+     {},
+     {},
+     "sim/echo/query?k=a&k=b%s",
+     false,
+     AuthIn::Query,
+     true},
+    {"QueryUppercaseSortsFirst",
+     0,
+     false,
+     "/sim/echo/query",
+     {{"b", "1"}, {"B", "2"}},
+     {},
+     {},
+     "sim/echo/query?B=2&b=1%s",
+     false,
+     AuthIn::Query,
+     true},
+    {"QuerySignsDecodedValues",
+     0,
+     false,
+     "/sim/echo/query",
+     {{"v", "a b&c=d+e/%"}},
+     {},
+     {},
+     "sim/echo/query?v=a b&c=d+e/%%s",
+     false,
+     AuthIn::Query,
+     true},
+    {"QueryRefusesTestSecret",
+     1,
+     false,
+     "/sim/echo/query",
+     {{"a", "1"}},
+     {},
+     {},
+     "sim/echo/query?a=1%s",
+     true,
+     AuthIn::Query,
+     false},
+    {"QueryRefusesChangedValue",
+     0,
+     false,
+     "/sim/echo/query",
+     {{"a", "2"}},
+     {},
+     {},
+     "sim/echo/query?a=1%s",
+     false,
+     AuthIn::Query,
+     false},
+    {"QueryRefusesMissingAuth",
+     0,
+     false,
+     "/sim/echo/query",
+     {{"a", "1"}},
+     {},
+     {},
+     "",
+     false,
+     AuthIn::Nowhere,
+     false},
+    {"QueryRefusesUnsignedForm",
+     0,
+     true,
+     "/sim/echo/query",
+     {{"a", "1"}},
+     {},
+     {{"c", "3"}},
+     "sim/echo/query?a=1%s",
+     false,
+     AuthIn::Query,
+     false},
+    {"Mobile3Production",
+     0,
+     true,
+     "/sim/echo/mobile3",
+     {{"b", "2"}},
+     {{"aid", "vxtool"}, {"time", "100"}, {"token", "T"}},
+     {{"token", "T"}},
+     "sim/echo/mobile3?aid=vxtool&b=2&time=100%s&token=T",
+     false,
+     AuthIn::Header,
+     true},
+    {"Mobile3TestEnvironmentUsesLiveSecret",
+     2,
+     false,
+     "/sim/echo/mobile3",
+     {{"b", "2"}},
+     {{"aid", "vxtool"}, {"time", "100"}},
+     {},
+     "sim/echo/mobile3?aid=vxtool&b=2&time=100%s",
+     true,
+     AuthIn::Header,
+     true},
+    {"Mobile3TestEnvironmentRefusesProductionSecret",
+     2,
+     false,
+     "/sim/echo/mobile3",
+     {},
+     {{"time", "100"}},
+     {},
+     "sim/echo/mobile3?aid=vxtool&time=100%s",
+     false,
+     AuthIn::Header,
+     false},
+    {"Mobile3ProductionRefusesLiveSecret",
+     0,
+     false,
+     "/sim/echo/mobile3",
+     {},
+     {{"time", "100"}},
+     {},
+     "sim/echo/mobile3?aid=vxtool&time=100%s",
+     true,
+     AuthIn::Header,
+     false},
+    {"Mobile3TimeDefaultsToZeroAndAidIsFixed",
+     0,
+     false,
+     "/sim/echo/mobile3",
+     {},
+     {{"aid", "other"}},
+     {},
+     "sim/echo/mobile3?aid=vxtool&time=0%s",
+     false,
+     AuthIn::Header,
+     true},
+    {"Mobile3IgnoresQueryAidAndTime",
+     0,
+     false,
+     "/sim/echo/mobile3",
+     {{"aid", "x"}, {"time", "5"}, {"c", "1"}},
+     {{"time", "100"}},
+     {},
+     "sim/echo/mobile3?aid=vxtool&c=1&time=100%s",
+     false,
+     AuthIn::Header,
+     true},
+    {"Mobile3RefusesAuthInQuery",
+     0,
+     false,
+     "/sim/echo/mobile3",
+     {},
+     {{"time", "100"}},
+     {},
+     "sim/echo/mobile3?aid=vxtool&time=100%s",
+     false,
+     AuthIn::Query,
+     false},
+    {"Mobile2AidFromHeader",
+     0,
+     false,
+     "/sim/echo/mobile2",
+     {},
+     {{"aid", "pcapp"}, {"time", "100"}},
+     {},
+     "sim/echo/mobile2?aid=pcapp&time=100%s",
+     false,
+     AuthIn::Header,
+     true},
+    {"Mobile2EmptyAidAndTime",
+     3,
+     false,
+     "/sim/echo/mobile2",
+     {},
+     {},
+     {},
+     "sim/echo/mobile2?aid=&time=%s",
+     true,
+     AuthIn::Header,
+     true},
+    {"Mobile2RefusesFixedAid",
+     0,
+     false,
+     "/sim/echo/mobile2",
+     {},
+     {{"aid", "pcapp"}, {"time", "100"}},
+     {},
+     "sim/echo/mobile2?aid=vxtool&time=100%s",
+     false,
+     AuthIn::Header,
+     false},
+    {"CommonListsGet",
+     0,
+     false,
+     "/sim/echo/common",
+     {{"room", "7"}, {"aid", "vxtool"}, {"client_sys", "pc"}, {"time", "100"}},
+     {},
+     {},
+     "sim/echo/common?aid=vxtool&client_sys=pc&room=7&time=100%s",
+     false,
+     AuthIn::Query,
+     true},
+    {"CommonListsPost",
+     1,
+     true,
+     "/sim/echo/common",
+     {{"aid", "vxtool"}, {"time", "100"}},
+     {},
+     {{"token", "T"}, {"tag", "3"}},
+     "sim/echo/common?aid=vxtool&time=100%s&tag=3&token=T",
+     false,
+     AuthIn::Query,
+     true},
+    {"CommonListsRefusesOtherSigningPath",
+     0,
+     false,
+     "/sim/echo/common",
+     {{"aid", "vxtool"}, {"time", "100"}},
+     {},
+     {},
+     "other/path?aid=vxtool&time=100%s",
+     false,
+     AuthIn::Query,
+     false},
+    {"NoneNeedsNoAuth",
+     0,
+     false,
+     "/sim/echo/none",
+     {{"a", "1"}},
+     {},
+     {},
+     "",
+     false,
+     AuthIn::Nowhere,
+     true},
+};
+
+class SimSignatureTest : public ::testing::TestWithParam<SignCase> {
+protected:
+    static void SetUpTestSuite() {
+        server_ = std::make_unique<SimHttpServer>();
+        ASSERT_TRUE(server_->start());
+    }
+    static void TearDownTestSuite() { server_.reset(); }
+
+    static std::unique_ptr<SimHttpServer> server_;
+};
+
+std::unique_ptr<SimHttpServer> SimSignatureTest::server_;
+
+TEST_P(SimSignatureTest, AcceptsOnlyWhatTheClientSigned) {
+    const SignCase& c = GetParam();
+    server_->setEnvironment(c.environment);
+    server_->requestLog().clear();
+
+    Pairs query = c.query;
+    Pairs headers = c.headers;
+    const std::string auth = c.signText.empty() ? "" : sign(c.signText, c.live);
+    if (c.authIn == AuthIn::Query) {
+        query.emplace_back("auth", auth);
+    } else if (c.authIn == AuthIn::Header) {
+        headers.emplace_back("auth", auth);
+    }
+    httplib::Client client = clientFor(server_->origin());
+    const std::string target = withQuery(c.path, query);
+    const httplib::Result result =
+        c.post ? client.Post(target.c_str(), toHeaders(headers), encodePairs(c.form),
+                             "application/x-www-form-urlencoded")
+               : client.Get(target.c_str(), toHeaders(headers));
+    ASSERT_TRUE(result) << httplib::to_string(result.error());
+    EXPECT_EQ(result->status, 200);
+
+    const QJsonObject body = jsonBody(result);
+    const auto log = server_->requestLog().all();
+    ASSERT_EQ(log.size(), 1u);
+    if (c.accepted) {
+        EXPECT_EQ(body.value("error").toInt(-1), 0) << result->body;
+        EXPECT_TRUE(body.value("data").toObject().value("auth_ok").toBool());
+        if (!c.signText.empty()) {
+            EXPECT_EQ(log[0].signingText, c.signText);
+        }
+        EXPECT_EQ(server_->requestLog().authFailures(), 0u);
+    } else {
+        EXPECT_EQ(body.value("error").toInt(), tolvane::sim::kAuthFailedCode) << result->body;
+        EXPECT_EQ(body.value("data").toString(), tolvane::sim::kAuthFailedText);
+        EXPECT_FALSE(log[0].authOk);
+        EXPECT_EQ(server_->requestLog().authFailures(), 1u);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Rules, SimSignatureTest, ::testing::ValuesIn(kCases),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+}  // namespace
