@@ -57,7 +57,10 @@ bool BarrageServer::listen() {
         acceptor_.close(ignored);
         return false;
     }
-    port_ = acceptor_.local_endpoint().port();
+    if (port_ == 0) {
+        // Only the first listen, before the server's thread starts, learns the port.
+        port_ = acceptor_.local_endpoint().port();
+    }
     acceptNext();
     return true;
 }
