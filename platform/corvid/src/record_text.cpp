@@ -26,7 +26,9 @@ void copyRecordText(std::string_view text, char* field, std::size_t fieldSize) {
             }
         }
     }
-    std::memcpy(field, text.data(), length);
+    if (length > 0) {
+        std::memcpy(field, text.data(), length);
+    }
     std::memset(field + length, 0, fieldSize - length);
 }
 

@@ -15,8 +15,8 @@
 namespace corvid {
 
 // The client handed out by CreateVxMessageClient. Public operations only hand work to the
-// I/O thread (in call order); all connection state below the atomics is touched on that
-// thread alone, so it needs no lock.
+// I/O thread (in call order); the members marked for that thread are touched there alone,
+// so they need no lock.
 //
 // A connection goes through two steps, each closed by its own callback: the gate step (TCP
 // connect: "gate server connect finished") and the repeater step (login message and its

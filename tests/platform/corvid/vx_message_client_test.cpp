@@ -18,10 +18,11 @@ using Events = CallbackRecorder::Events;
 
 MessageClientOptions fastOptions() {
     MessageClientOptions options;
+    // Short enough for quick tests, with room for a loaded machine under a sanitizer.
     options.keepAliveIntervalMs = 40;
-    options.keepAliveMissLimit = 2;
+    options.keepAliveMissLimit = 5;
     options.connectTimeoutMs = 3000;
-    options.loginTimeoutMs = 300;
+    options.loginTimeoutMs = 1000;
     return options;
 }
 
