@@ -1,0 +1,49 @@
+#include "corvid/message_codes.h"
+
+#include <iterator>
+
+namespace {
+
+struct TypeEntry {
+    const char* name;
+    int32_t code;
+};
+
+constexpr TypeEntry kTypes[] = {
+    {"loginres", kMessageTypeLoginReply},
+    {"chatmsg", kMessageTypeChat},
+    {"gift", kMessageTypeGift},
+    {"liveend", kMessageTypeShowEnd},
+    {"keepalive", kMessageTypeKeepAlive},
+    {"memberinfores", kMessageTypeMemberInfoReply},
+    {"error", kMessageTypeError},
+    {"dayrk", kMessageTypeDayRank},
+    {"weekrk", kMessageTypeWeekRank},
+    {"monthrk", kMessageTypeMonthRank},
+    {"totalrk", kMessageTypeTotalRank},
+    {"fansrk", kMessageTypeFansRank},
+    {"fansswrk", kMessageTypeFansWeekRank},
+    {"dfansrk", kMessageTypeDayFansRank},
+    {"olviplst", kMessageTypeOnlineVipList},
+    {"noble_num_info", kMessageTypeNoticeValue},
+};
+
+}  // namespace
+
+int32_t messageTypeCode(std::string_view typeName) {
+    for (const TypeEntry& entry : kTypes) {
+        if (typeName == entry.name) {
+            return entry.code;
+        }
+    }
+    return kMessageTypeUnknown;
+}
+
+const char* messageTypeName(int32_t code) {
+    for (const TypeEntry& entry : kTypes) {
+        if (entry.code == code) {
+            return entry.name;
+        }
+    }
+    return nullptr;
+}

@@ -1,0 +1,183 @@
+#include "vx_message_decoder.h"
+
+#include <cstring>
+#include <limits>
+
+#include "corvid/message_codes.h"
+#include "record_text.h"
+#include "vxencoder/vx_wire_names.h"
+
+namespace corvid {
+
+void VxMessageDecoder::destroy() {
+    delete this;
+}
+
+bool VxMessageDecoder::parseAs(const char* message, std::string_view type) {
+    if (message == nullptr || !items_.Parse(message) || items_.Items().empty()) {
+        return false;
+    }
+    const vxItem& first = items_.Items().front();
+    return first.key == vxwire::kType && first.value == type;
+}
+
+int32_t VxMessageDecoder::intOrZero(std::string_view key) const {
+    int32_t value = 0;
+    return items_.GetInt32(key, value) ? value : 0;
+}
+
+void VxMessageDecoder::copyText(std::string_view key, char* field, std::size_t size) const {
+    const std::string* value = items_.Find(key);
+    copyRecordText(value != nullptr ? std::string_view(*value) : std::string_view(), field, size);
+}
+
+bool VxMessageDecoder::decodeShowEnd(const char* message, int32_t* reason, double* banHours) {
+    if (reason == nullptr || banHours == nullptr) {
+        return false;
+    }
+    *reason = 0;
+    *banHours = 0;
+    int32_t parsedReason = 0;
+    double parsedHours = 0;
+    if (!parseAs(message, vxwire::kShowEnd) || !items_.GetInt32(vxwire::kReason, parsedReason)) {
+        return false;
+    }
+    if (items_.Find(vxwire::kBanHours) != nullptr) {
+        // A reader truncates the hours to a 32-bit integer, which must then be defined.
+        constexpr double kLimit = std::numeric_limits<int32_t>::max();
+        if (!items_.GetDouble(vxwire::kBanHours, parsedHours) || parsedHours > kLimit ||
+            parsedHours < -kLimit) {
+            return false;
+        }
+    }
+    *reason = parsedReason;
+    *banHours = parsedHours;
+    return true;
+}
+
+bool VxMessageDecoder::decodeKeepAlive(const char* message, KeepAliveRecord* record) {
+    if (record == nullptr) {
+        return false;
+    }
+    *record = KeepAliveRecord{};
+    KeepAliveRecord decoded{};
+    if (!parseAs(message, vxwire::kKeepAlive) ||
+        !items_.GetInt32(vxwire::kOnline, decoded.online) ||
+        !items_.GetInt32(vxwire::kHot, decoded.hot)) {
+        return false;
+    }
+    decoded.tick = intOrZero(vxwire::kTick);
+    decoded.timestamp = intOrZero(vxwire::kTimestamp);
+    *record = decoded;
+    return true;
+}
+
+bool VxMessageDecoder::decodeMemberInfoReply(const char* message, MemberInfoRecord* record) {
+    if (record == nullptr) {
+        return false;
+    }
+    std::memset(record, 0, sizeof *record);
+    int32_t memberCount = 0;
+    if (!parseAs(message, vxwire::kMemberInfoReply) ||
+        !items_.GetInt32(vxwire::kMemberCount, memberCount)) {
+        return false;
+    }
+    record->roomId = intOrZero(vxwire::kRoomId);
+    record->ownerId = intOrZero("ouid");
+    record->level = intOrZero(vxwire::kLevel);
+    record->fans = intOrZero("fans");
+    record->followers = intOrZero("fl");
+    record->memberCount = memberCount;
+    copyText("rn", record->roomName, sizeof record->roomName);
+    copyText("on", record->ownerName, sizeof record->ownerName);
+    copyText("nt", record->notice, sizeof record->notice);
+    return true;
+}
+
+bool VxMessageDecoder::decodeError(const char* message, int32_t* code) {
+    if (code == nullptr) {
+        return false;
+    }
+    *code = 0;
+    int32_t parsed = 0;
+    if (!parseAs(message, vxwire::kError) || !items_.GetInt32(vxwire::kCode, parsed)) {
+        return false;
+    }
+    *code = parsed;
+    return true;
+}
+
+bool VxMessageDecoder::decodeLoginReply(const char* message, LoginReplyRecord* record) {
+    if (record == nullptr) {
+        return false;
+    }
+    std::memset(record, 0, sizeof *record);
+    if (!parseAs(message, vxwire::kLoginReply)) {
+        return false;
+    }
+    record->result = intOrZero("ret");
+    record->userId = intOrZero(vxwire::kUserId);
+    record->roomId = intOrZero(vxwire::kRoomId);
+    record->serverTime = intOrZero(vxwire::kTimestamp);
+    record->keepAliveSeconds = intOrZero("kas");
+    copyText("sid", record->session, sizeof record->session);
+    copyText(vxwire::kNickname, record->nickname, sizeof record->nickname);
+    copyText("sn", record->serverName, sizeof record->serverName);
+    record->roomStatus = intOrZero("rs");
+    record->level = intOrZero(vxwire::kLevel);
+    return true;
+}
+
+bool VxMessageDecoder::decodeNoticeValue(const char* message, NoticeValueRecord* record) {
+    if (record == nullptr) {
+        return false;
+    }
+    *record = NoticeValueRecord{};
+    int32_t value = 0;
+    if (!parseAs(message, vxwire::kNobleCount) || !items_.GetInt32(vxwire::kNumber, value)) {
+        return false;
+    }
+    record->roomId = intOrZero(vxwire::kRoomId);
+    record->value = value;
+    record->timestamp = intOrZero(vxwire::kTimestamp);
+    return true;
+}
+
+bool VxMessageDecoder::decodeFansBrand(const char* message, FansBrandRecord* record) {
+    if (record == nullptr) {
+        return false;
+    }
+    std::memset(record, 0, sizeof *record);
+    if (!parseAs(message, vxwire::kFansBrand) || items_.Find(vxwire::kBrand) == nullptr) {
+        return false;
+    }
+    record->roomId = intOrZero(vxwire::kRoomId);
+    copyText(vxwire::kBrand, record->brand, sizeof record->brand);
+    return true;
+}
+
+int32_t VxMessageDecoder::classify(const char* message, MessageHeader* header) {
+    if (header == nullptr) {
+        return kMessageTypeInvalid;
+    }
+    std::memset(header, 0, sizeof *header);
+    if (message == nullptr || !items_.Parse(message) || items_.Items().empty() ||
+        items_.Items().front().key != vxwire::kType) {
+        return kMessageTypeInvalid;
+    }
+    const std::string& type = items_.Items().front().value;
+    header->sequence = intOrZero(vxwire::kSequence);
+    header->roomId = intOrZero(vxwire::kRoomId);
+    header->userId = intOrZero(vxwire::kUserId);
+    header->timestamp = intOrZero(vxwire::kTimestamp);
+    header->level = intOrZero(vxwire::kLevel);
+    const std::size_t count = items_.Items().size();
+    constexpr std::size_t kMax = std::numeric_limits<int32_t>::max();
+    header->itemCount = static_cast<int32_t>(count < kMax ? count : kMax);
+    copyRecordText(type, header->typeName, sizeof header->typeName);
+    const std::size_t length = std::strlen(message);
+    header->textLength = static_cast<int32_t>(length < kMax ? length : kMax);
+    return messageTypeCode(type);
+}
+
+}  // namespace corvid

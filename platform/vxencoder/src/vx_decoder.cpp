@@ -1,0 +1,91 @@
+#include "vxencoder/vx_decoder.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "vx_escape.h"
+
+bool vxDecoder::Parse(std::string_view text) {
+    items_.clear();
+    std::vector<vxItem> items;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        const std::size_t end = text.find(vxescape::kEnd, start);
+        if (end == std::string_view::npos) {
+            return false;
+        }
+        const std::string_view item = text.substr(start, end - start);
+        const std::size_t assign = item.find(vxescape::kAssign);
+        if (assign == std::string_view::npos || assign == 0 ||
+            item.find(vxescape::kAssign, assign + 1) != std::string_view::npos) {
+            return false;
+        }
+        vxItem decoded;
+        if (!vxescape::unescape(item.substr(0, assign), decoded.key) ||
+            !vxescape::unescape(item.substr(assign + 1), decoded.value)) {
+            return false;
+        }
+        items.push_back(std::move(decoded));
+        start = end + 1;
+    }
+    items_ = std::move(items);
+    return true;
+}
+
+const std::string* vxDecoder::Find(std::string_view key) const {
+    for (const vxItem& item : items_) {
+        if (item.key == key) {
+            return &item.value;
+        }
+    }
+    return nullptr;
+}
+
+namespace {
+
+template <typename Integer>
+bool readInteger(const std::string* value, Integer& out) {
+    if (value == nullptr || value->empty()) {
+        return false;
+    }
+    Integer parsed = 0;
+    const char* first = value->data();
+    const char* last = first + value->size();
+    const auto result = std::from_chars(first, last, parsed);
+    if (result.ec != std::errc() || result.ptr != last) {
+        return false;
+    }
+    out = parsed;
+    return true;
+}
+
+}  // namespace
+
+bool vxDecoder::GetInt32(std::string_view key, int32_t& out) const {
+    return readInteger(Find(key), out);
+}
+
+bool vxDecoder::GetInt64(std::string_view key, int64_t& out) const {
+    return readInteger(Find(key), out);
+}
+
+bool vxDecoder::GetDouble(std::string_view key, double& out) const {
+    const std::string* value = Find(key);
+    if (value == nullptr || value->empty()) {
+        return false;
+    }
+    double parsed = 0;
+    const char* first = value->data();
+    const char* last = first + value->size();
+    const auto result = std::from_chars(first, last, parsed, std::chars_format::general);
+    if (result.ec != std::errc() || result.ptr != last || !std::isfinite(parsed)) {
+        return false;
+    }
+    out = parsed;
+    return true;
+}
+
+std::string vxDecoder::GetText(std::string_view key) const {
+    const std::string* value = Find(key);
+    return value != nullptr ? *value : std::string();
+}

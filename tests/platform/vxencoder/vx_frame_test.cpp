@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include "vxencoder/vx_frame.h"
+
+namespace {
+
+using Status = vxFrameReader::Status;
+
+std::string frame(const std::string& payload) {
+    std::string out;
+    EXPECT_TRUE(vxAppendFrame(payload, out));
+    return out;
+}
+
+TEST(VxFrame, WritesMarkAndLittleEndianLength) {
+    std::string out;
+    ASSERT_TRUE(vxAppendFrame("type=a;", out));
+    EXPECT_EQ(out, std::string("vx\x07\x00\x00\x00type=a;", 13));
+    const std::string refused[] = {"", std::string("a\0b", 3),
+                                   std::string(vxframe::kDefaultMaxPayload + 1, 'x')};
+    for (const std::string& payload : refused) {
+        std::string untouched = "keep";
+        EXPECT_FALSE(vxAppendFrame(payload, untouched));
+        EXPECT_EQ(untouched, "keep");
+    }
+    EXPECT_EQ(vxFrameHeader('v', 'x', 0x01020304u), std::string("vx\x04\x03\x02\x01", 6));
+}
+
+// The same stream must give the same payloads however the network cuts it.
+TEST(VxFrame, ReassemblesWhateverTheChunking) {
+    const std::vector<std::string> payloads = {"type=a;", std::string(3000, 'p'), "k=v;",
+                                               std::string(vxframe::kDefaultMaxPayload, 'm')};
+    std::string stream;
+    for (const std::string& p : payloads) {
+        stream += frame(p);
+    }
+    for (std::size_t chunk : {std::size_t{1}, std::size_t{5}, std::size_t{6}, std::size_t{7},
+                              std::size_t{4096}, stream.size()}) {
+        vxFrameReader reader;
+        std::vector<std::string> got;
+        for (std::size_t at = 0; at < stream.size(); at += chunk) {
+            const std::size_t n = std::min(chunk, stream.size() - at);
+            ASSERT_EQ(reader.Feed(stream.data() + at, n, got), Status::Ok) << chunk;
+        }
+        EXPECT_EQ(got, payloads) << "chunk " << chunk;
+        EXPECT_EQ(reader.pendingBytes(), 0u);
+    }
+}
+
+TEST(VxFrame, HoldsBackAPartialFrame) {
+    const std::string f = frame("type=keepalive;");
+    vxFrameReader reader;
+    std::vector<std::string> got;
+    EXPECT_EQ(reader.Feed(f.data(), f.size() - 1, got), Status::Ok);
+    EXPECT_TRUE(got.empty());
+    EXPECT_EQ(reader.pendingBytes(), f.size() - 1 - vxframe::kHeaderSize);
+    EXPECT_EQ(reader.Feed(f.data() + f.size() - 1, 1, got), Status::Ok);
+    EXPECT_EQ(got, std::vector<std::string>{"type=keepalive;"});
+}
+
+TEST(VxFrame, RefusesBrokenFramesForGood) {
+    struct Case {
+        const char* name;
+        std::string bytes;
+        Status status;
+        std::size_t payloadsBefore;
+    };
+    const Case cases[] = {
+        {"bad mark",
+         std::string("xv\x01\x00\x00\x00"
+                     "a",
+                     7),
+         Status::BadMagic, 0},
+        {"empty", vxFrameHeader('v', 'x', 0), Status::EmptyFrame, 0},
+        {"one too long", vxFrameHeader('v', 'x', vxframe::kDefaultMaxPayload + 1),
+         Status::Oversized, 0},
+        // Refused from the header alone: the claimed four gigabytes are never awaited.
+        {"huge claim", vxFrameHeader('v', 'x', 0xffffffffu), Status::Oversized, 0},
+        {"nul",
+         std::string("vx\x03\x00\x00\x00"
+                     "a\0b",
+                     9),
+         Status::EmbeddedNul, 0},
+        {"good then bad", frame("k=v;") + "garbage!", Status::BadMagic, 1},
+    };
+    for (const Case& c : cases) {
+        vxFrameReader reader;
+        std::vector<std::string> got;
+        EXPECT_EQ(reader.Feed(c.bytes.data(), c.bytes.size(), got), c.status) << c.name;
+        EXPECT_EQ(got.size(), c.payloadsBefore) << c.name;
+        EXPECT_EQ(reader.pendingBytes(), 0u) << c.name;
+        const std::string good = frame("k=v;");
+        EXPECT_EQ(reader.Feed(good.data(), good.size(), got), c.status) << c.name;
+        EXPECT_EQ(got.size(), c.payloadsBefore) << c.name;
+    }
+    vxFrameReader small(4);
+    std::vector<std::string> got;
+    const std::string five = vxFrameHeader('v', 'x', 5);
+    EXPECT_EQ(small.Feed(five.data(), five.size(), got), Status::Oversized);
+    EXPECT_EQ(small.claimedLength(), 5u);
+}
+
+}  // namespace
