@@ -62,7 +62,8 @@ SimRequest toSimRequest(const httplib::Request& in, const char* scheme) {
     request.path = in.path;
     const std::size_t question = in.target.find('?');
     if (question != std::string::npos) {
-        request.query = parseUrlEncoded(in.target.substr(question + 1));
+        request.rawQuery = in.target.substr(question + 1);
+        request.query = parseUrlEncoded(request.rawQuery);
     }
     for (const auto& header : in.headers) {
         if (!isPseudoHeader(header.first)) {
