@@ -160,6 +160,7 @@ TEST_F(SimHttpServerTest, LogKeepsDecodedQueryHeadersAndFormInOrder) {
     EXPECT_EQ(seen.scheme, "http");
     EXPECT_EQ(seen.path, "/api/sim/echo/none");
     EXPECT_EQ(seen.query, (Pairs{{"b", "你"}, {"a", "x y"}, {"b", "2"}}));
+    EXPECT_EQ(seen.rawQuery, "b=%E4%BD%A0&a=x%20y&b=2");
     EXPECT_EQ(seen.form, (Pairs{{"z", "1"}, {"c", "+&"}}));
     EXPECT_EQ(seen.header("user-device"), "dev");
     EXPECT_EQ(seen.header("token"), "T");

@@ -28,6 +28,9 @@ std::string SimEnvironment::caFile() const {
 }
 
 bool SimEnvironment::start() {
+    if (server_.isRunning()) {
+        return false;
+    }
     bool started = false;
     if (options_.https) {
         if (!authority_) {

@@ -6,6 +6,7 @@
 #include <openssl/x509.h>
 #include <openssl/x509v3.h>
 
+#include <QDir>
 #include <memory>
 
 namespace tolvane::sim {
@@ -104,7 +105,8 @@ const char kServerNames[] = "IP:127.0.0.1,DNS:localhost";
 
 }  // namespace
 
-SimCertificateAuthority::SimCertificateAuthority() {
+SimCertificateAuthority::SimCertificateAuthority()
+    : dir_(QDir::tempPath() + QStringLiteral("/tolvane-sim-ca-XXXXXX")) {
     valid_ = dir_.isValid() && generate();
 }
 

@@ -62,7 +62,8 @@ SimRequest toSimRequest(const httplib::Request& in, const char* scheme) {
     request.path = in.path;
     const std::size_t question = in.target.find('?');
     if (question != std::string::npos) {
-        request.query = parseUrlEncoded(in.target.substr(question + 1));
+        request.rawQuery = in.target.substr(question + 1);
+        request.query = parseUrlEncoded(request.rawQuery);
     }
     for (const auto& header : in.headers) {
         if (!isPseudoHeader(header.first)) {
@@ -137,6 +138,33 @@ void setDroppedBody(httplib::Response& out, std::string body) {
 void writeReply(httplib::Response& out, const SimReply& reply) {
     out.status = reply.status;
     out.set_content(reply.body, reply.contentType);
+}
+
+void writeFault(httplib::Response& out, const SimFault& fault) {
+    switch (fault.kind) {
+        case SimFault::Kind::Status: {
+            const std::string body = !fault.body.empty()
+                                         ? fault.body
+                                         : jsonReply(fault.status, {{"error", fault.status},
+                                                                    {"data", "simulated status"}})
+                                               .body;
+            out.status = fault.status;
+            out.set_content(body, contentTypeOf(body));
+            break;
+        }
+        case SimFault::Kind::Malformed:
+            out.status = 200;
+            out.set_content(kMalformedBody, "text/html");
+            break;
+        case SimFault::Kind::LargeBody:
+            setLargeBody(out, fault.size);
+            break;
+        case SimFault::Kind::DropConnection:
+            setDroppedBody(out, okReply(QJsonValue(QStringLiteral("dropped"))).body);
+            break;
+        case SimFault::Kind::None:
+            break;
+    }
 }
 
 }  // namespace
@@ -284,17 +312,21 @@ bool SimHttpServer::waitUnlessStopping(std::chrono::milliseconds delay) {
     return !stopping_.wait_for(lock, delay, [this] { return stopRequested_; });
 }
 
-SimReply SimHttpServer::answer(SimRequest& request) {
-    const std::optional<SimRoute> route = routes_.find(request.method, request.path);
+std::optional<SimRoute> SimHttpServer::checkRoute(SimRequest& request) const {
+    std::optional<SimRoute> route = routes_.find(request.method, request.path);
+    request.routed = route.has_value();
+    request.authChecked = route && route->rule != SimSignRule::None;
+    request.authOk =
+        !route || verifySignature(route->rule, route->signingPath, request, environment_);
+    return route;
+}
+
+SimReply SimHttpServer::answer(const std::optional<SimRoute>& route, const SimRequest& request) {
     if (!route) {
-        request.authOk = true;
         SimReply reply = errorReply(404, "no route for " + QString::fromStdString(request.path));
         reply.status = 404;
         return reply;
     }
-    request.routed = true;
-    request.authChecked = route->rule != SimSignRule::None;
-    request.authOk = verifySignature(route->rule, route->signingPath, request, environment_);
     if (!request.authOk) {
         return errorReply(kAuthFailedCode, kAuthFailedText);
     }
@@ -310,18 +342,10 @@ SimReply SimHttpServer::answer(SimRequest& request) {
 void SimHttpServer::handle(const httplib::Request& in, httplib::Response& out, const char* scheme) {
     SimRequest request = toSimRequest(in, scheme);
     const std::optional<SimFault> fault = faults_.take(request.path);
+    const std::optional<SimRoute> route = checkRoute(request);
     // A faulted request is logged and its signature checked, but never reaches the service.
     const bool replaced = fault && fault->kind != SimFault::Kind::None;
-    SimReply reply;
-    if (!replaced) {
-        reply = answer(request);
-    } else {
-        const std::optional<SimRoute> route = routes_.find(request.method, request.path);
-        request.routed = route.has_value();
-        request.authChecked = route && route->rule != SimSignRule::None;
-        request.authOk =
-            !route || verifySignature(route->rule, route->signingPath, request, environment_);
-    }
+    const SimReply reply = replaced ? SimReply() : answer(route, request);
     log_.add(request);
 
     if (fault && fault->delayMs > 0 &&
@@ -333,30 +357,7 @@ void SimHttpServer::handle(const httplib::Request& in, httplib::Response& out, c
         writeReply(out, reply);
         return;
     }
-    switch (fault->kind) {
-        case SimFault::Kind::Status: {
-            const std::string body = !fault->body.empty()
-                                         ? fault->body
-                                         : jsonReply(fault->status, {{"error", fault->status},
-                                                                     {"data", "simulated status"}})
-                                               .body;
-            out.status = fault->status;
-            out.set_content(body, contentTypeOf(body));
-            break;
-        }
-        case SimFault::Kind::Malformed:
-            out.status = 200;
-            out.set_content(kMalformedBody, "text/html");
-            break;
-        case SimFault::Kind::LargeBody:
-            setLargeBody(out, fault->size);
-            break;
-        case SimFault::Kind::DropConnection:
-            setDroppedBody(out, okReply(QJsonValue(QStringLiteral("dropped"))).body);
-            break;
-        case SimFault::Kind::None:
-            break;
-    }
+    writeFault(out, *fault);
 }
 
 }  // namespace tolvane::sim

@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
 
@@ -69,7 +70,9 @@ private:
                        const char* scheme);
     void stopListener(Listener& listener);
     void handle(const httplib::Request& in, httplib::Response& out, const char* scheme);
-    SimReply answer(SimRequest& request);
+    // Finds the route and checks the signature, noting both in the request.
+    std::optional<SimRoute> checkRoute(SimRequest& request) const;
+    static SimReply answer(const std::optional<SimRoute>& route, const SimRequest& request);
     // Sleeps unless the server stops first; false when it was stopped.
     bool waitUnlessStopping(std::chrono::milliseconds delay);
 

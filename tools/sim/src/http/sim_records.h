@@ -34,10 +34,11 @@ enum class SimAddressTable { None, Base, Host };
 struct SimRequest {
     std::string scheme;  // "http" or "https"
     std::string method;
-    std::string path;  // decoded URL path, without the query
-    SimPairs query;    // decoded, in arrival order
-    SimPairs headers;  // names as sent
-    SimPairs form;     // decoded url-encoded or multipart form items
+    std::string path;      // decoded URL path, without the query
+    SimPairs query;        // decoded, in arrival order
+    std::string rawQuery;  // as sent, still percent-encoded, without the "?"
+    SimPairs headers;      // names as sent
+    SimPairs form;         // decoded url-encoded or multipart form items
     std::string body;
     bool routed = false;       // a route matched
     bool authChecked = false;  // the route has a signing rule
