@@ -154,15 +154,6 @@ bool VxNetServiceImp::refreshUserInfo(std::string& errorMessage) {
 
 // slot 65
 void VxNetServiceImp::getUserRecord(UserRecord& user) {
-    const DataParser::UserProfile& profile = parser_.userProfile();
+    user = parser_.userProfile();
     user.uid = tokenInfo_.uid;
-    user.nickname = profile.nickname;
-    user.sex = profile.sex;
-    user.avatarBig = profile.avatarBig;
-    user.avatarMiddle = profile.avatarMiddle;
-    user.avatarSmall = profile.avatarSmall;
-    user.isOwnRoom = profile.isOwnRoom;
-    user.phoneBound = profile.phoneBound;
-    user.mobilePhone = profile.mobilePhone;
-    user.ident = profile.ident;
 }

@@ -77,17 +77,8 @@ public:
     const std::string& remoteLoginCode() const { return state_.remoteLoginCode; }
 
     // The anchor's profile (account/user_info.cpp).
-    struct UserProfile {
-        std::string nickname;
-        int32_t sex = 0;
-        std::string avatarBig;
-        std::string avatarMiddle;
-        std::string avatarSmall;
-        bool isOwnRoom = false;
-        bool phoneBound = false;
-        std::string mobilePhone;
-        std::string ident;
-    };
+    // The host's user record without its uid, which the session record keeps.
+    using UserProfile = UserRecord;
     int parseUserInfoResult(const QByteArray& bytes, std::string& errorMessage);
     const UserProfile& userProfile() const { return state_.profile; }
 

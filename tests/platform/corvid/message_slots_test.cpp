@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include "support/vtable_slot.h"
+
 #include <cstdint>
 #include <cstring>
 
@@ -9,21 +11,6 @@
 // The module calls these objects through vtable slots, so each operation must stay at its
 // number; neither class has a virtual destructor, so no double entry shifts them.
 namespace {
-
-template <typename Method>
-std::size_t vtableIndex(Method method) {
-    static_assert(sizeof(Method) == 2 * sizeof(std::uintptr_t), "Itanium member pointer");
-    std::uintptr_t words[2];
-    std::memcpy(words, &method, sizeof words);
-    EXPECT_EQ(words[0] & 1u, 1u) << "not a virtual member";
-    return (words[0] - 1) / sizeof(void*);
-}
-
-struct SlotCase {
-    const char* name;
-    std::size_t vtableIndex;
-    std::size_t slot;
-};
 
 #define CLIENT_SLOT(number, method)                          \
     SlotCase {                                               \
