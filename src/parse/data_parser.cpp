@@ -50,11 +50,10 @@ int DataParser::parseReplyEnvelope(const QByteArray& bytes, QJsonObject& root,
     }
     // The document is gone here, so taking the code out of root does not copy the reply.
     if (code == 0) {
-        const auto it = root.constFind(codeKey);
-        if (it == root.constEnd()) {
+        const QJsonValue value = root.take(codeKey);
+        if (value.isUndefined()) {
             code = kReplyWithoutCode;
         } else {
-            const QJsonValue value = root.take(codeKey);
             code = value.isDouble() ? value.toInt(kReplyNotJson) : kReplyCodeNotNumber;
         }
     }
