@@ -50,11 +50,10 @@ int DataParser::parseReplyEnvelope(const QByteArray& bytes, QJsonObject& root,
     }
     // The document is gone here, so taking the code out of root does not copy the reply.
     if (code == 0) {
-        const auto it = root.constFind(codeKey);
-        if (it == root.constEnd()) {
+        const QJsonValue value = root.take(codeKey);
+        if (value.isUndefined()) {
             code = kReplyWithoutCode;
         } else {
-            const QJsonValue value = root.take(codeKey);
             code = value.isDouble() ? value.toInt(kReplyNotJson) : kReplyCodeNotNumber;
         }
     }
@@ -130,12 +129,11 @@ int DataParser::mapServerErrorCode(int serverCode) {
 
 QString DataParser::readString(const QJsonObject& object, const QString& key,
                                const QString& defaultValue) {
-    const auto it = object.constFind(key);
-    if (it == object.constEnd()) {
+    const QJsonValue value = object.value(key);
+    if (value.isUndefined()) {
         logMissingKey(key);
         return defaultValue;
     }
-    const QJsonValue value = it.value();
     switch (value.type()) {
         case QJsonValue::String:
             return value.toString();
@@ -148,12 +146,11 @@ QString DataParser::readString(const QJsonObject& object, const QString& key,
 }
 
 int DataParser::readInt(const QJsonObject& object, const QString& key, int defaultValue) {
-    const auto it = object.constFind(key);
-    if (it == object.constEnd()) {
+    const QJsonValue value = object.value(key);
+    if (value.isUndefined()) {
         logMissingKey(key);
         return defaultValue;
     }
-    const QJsonValue value = it.value();
     switch (value.type()) {
         case QJsonValue::Double:
             return value.toInt(defaultValue);
@@ -166,12 +163,11 @@ int DataParser::readInt(const QJsonObject& object, const QString& key, int defau
 }
 
 double DataParser::readDouble(const QJsonObject& object, const QString& key, double defaultValue) {
-    const auto it = object.constFind(key);
-    if (it == object.constEnd()) {
+    const QJsonValue value = object.value(key);
+    if (value.isUndefined()) {
         logMissingKey(key);
         return defaultValue;
     }
-    const QJsonValue value = it.value();
     switch (value.type()) {
         case QJsonValue::Double:
             return value.toDouble();
@@ -184,12 +180,11 @@ double DataParser::readDouble(const QJsonObject& object, const QString& key, dou
 }
 
 bool DataParser::readObject(const QJsonObject& object, const QString& key, QJsonObject& out) {
-    const auto it = object.constFind(key);
-    if (it == object.constEnd()) {
+    const QJsonValue value = object.value(key);
+    if (value.isUndefined()) {
         logMissingKey(key);
         return false;
     }
-    const QJsonValue value = it.value();
     if (!value.isObject()) {
         logWrongType(key, QLatin1String("Object"));
         return false;
@@ -199,12 +194,11 @@ bool DataParser::readObject(const QJsonObject& object, const QString& key, QJson
 }
 
 bool DataParser::readArray(const QJsonObject& object, const QString& key, QJsonArray& out) {
-    const auto it = object.constFind(key);
-    if (it == object.constEnd()) {
+    const QJsonValue value = object.value(key);
+    if (value.isUndefined()) {
         logMissingKey(key);
         return false;
     }
-    const QJsonValue value = it.value();
     if (!value.isArray()) {
         logWrongType(key, QLatin1String("Array"));
         return false;

@@ -1,0 +1,89 @@
+#include <QByteArray>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+#include "parse/data_parser.h"
+
+namespace {
+
+void check(bool condition) {
+    if (!condition) {
+        std::abort();
+    }
+}
+
+// Every reader over every key, down into nested objects and the objects inside arrays.
+void readAll(const QJsonObject& object, int depth) {
+    if (depth > 4) {
+        return;
+    }
+    for (auto it = object.constBegin(); it != object.constEnd(); ++it) {
+        const QString key = it.key();
+        DataParser::readString(object, key, QStringLiteral("7"));
+        DataParser::readInt(object, key, 7);
+        DataParser::readDouble(object, key, 7.5);
+        QJsonObject nested;
+        if (DataParser::readObject(object, key, nested)) {
+            readAll(nested, depth + 1);
+        }
+        QJsonArray array;
+        if (DataParser::readArray(object, key, array)) {
+            for (const QJsonValue& element : array) {
+                readAll(element.toObject(), depth + 1);
+            }
+        }
+    }
+}
+
+void checkEnvelope(DataParser& parser, const QByteArray& bytes, const QString& codeKey,
+                   const QString& messageKey) {
+    QJsonObject root;
+    const int code = parser.parseReplyEnvelope(bytes, root, codeKey, messageKey);
+    check(!root.contains(codeKey));
+    check(code == 0 ? parser.lastErrorMessage().empty() : !parser.lastErrorMessage().empty());
+    const int mapped = DataParser::mapServerErrorCode(code);
+    check(DataParser::mapServerErrorCode(mapped) == mapped);
+    readAll(root, 0);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    // No log folder can be made under a device, so log lines are formatted and then dropped
+    // instead of filling the disk.
+    setenv("TMPDIR", "/dev/null", 1);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    if (size > 1 << 20) {
+        return 0;
+    }
+    const QByteArray bytes(reinterpret_cast<const char*>(data), int(size));
+    DataParser parser;
+    checkEnvelope(parser, bytes, QStringLiteral("error"), QStringLiteral("data"));
+    checkEnvelope(parser, bytes, QStringLiteral("result"), QStringLiteral("msg"));
+
+    const QByteArray unwrapped = DataParser::unwrapConfigCallback(bytes);
+    check(unwrapped.size() < bytes.size() || bytes.isEmpty());
+    check(unwrapped.isEmpty() || bytes.contains(unwrapped));
+    checkEnvelope(parser, unwrapped, QStringLiteral("error"), QStringLiteral("data"));
+
+    parser.parseCodeResult(bytes);
+    parser.parseCodeResult(bytes, QStringLiteral("result"), QStringLiteral("data"));
+    int value = 0;
+    parser.parseIntValue(bytes, QStringLiteral("count"), value);
+    if (size >= sizeof(int)) {
+        int code = 0;
+        std::memcpy(&code, data, sizeof code);
+        const int mapped = DataParser::parseCodeResult(code);
+        check((mapped == 0) == (code == 0));
+        check(DataParser::parseCodeResult(mapped) == mapped);
+    }
+    parser.reset();
+    check(parser.lastErrorMessage().empty());
+    return 0;
+}
