@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "http/sim_replies.h"
@@ -9,288 +10,62 @@ using tolvane::sim::SimHttpServer;
 
 namespace {
 
-enum class AuthIn { Query, Header, Nowhere };
+enum AuthIn { Query, Header, Nowhere };
 
+// Pairs are written "k=v|k2=v2" so that each rule fits on one row; a non-empty form means POST.
 struct SignCase {
     const char* name;
     int environment;
-    bool post;
-    std::string path;
-    Pairs query;
-    Pairs headers;
-    Pairs form;
-    std::string signText;  // what the client signed
+    const char* path;
+    const char* query;
+    const char* headers;
+    const char* form;
+    const char* signText;  // what the client signed
     bool live;
     AuthIn authIn;
     bool accepted;
 };
 
+Pairs pairsOf(const std::string& text) {
+    Pairs pairs;
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t end = std::min(text.find('|', at), text.size());
+        const std::string item = text.substr(at, end - at);
+        const std::size_t eq = item.find('=');
+        pairs.emplace_back(item.substr(0, eq), item.substr(eq + 1));
+        at = end + 1;
+    }
+    return pairs;
+}
+
+// clang-format off
 const SignCase kCases[] = {
-    {"QueryGet",
-     0,
-     false,
-     "/sim/echo/query",
-     {{"b", "2"}, {"a", "1"}, {"time", "100"}},
-     {},
-     {},
-     "sim/echo/query?a=1&b=2&time=100%s",
-     false,
-     AuthIn::Query,
-     true},
-    {"QueryPostFormUnderBaseFolder",
-     0,
-     true,
-     "/api/v1/sim/echo/query",
-     {{"aid", "vxtool"}, {"time", "100"}},
-     {},
-     {{"z", "3"}, {"c", "你好"}},
-     "sim/echo/query?aid=vxtool&time=100%s&c=你好&z=3",
-     false,
-     AuthIn::Query,
-     true},
-    {"QueryFallsBackToHeaders",
-     0,
-     false,
-     "/sim/echo/query",
-     {},
-     {{"token", "T"}, {"referer", "r"}},
-     {},
-     "sim/echo/query?referer=r&token=T%s",
-     false,
-     AuthIn::Header,
-     true},
-    {"QueryRepeatedKeySortedByValue",
-     0,
-     false,
-     "/sim/echo/query",
-     {{"k", "b"}, {"k", "a"}},
-     {},
-     {},
-     "sim/echo/query?k=a&k=b%s",
-     false,
-     AuthIn::Query,
-     true},
-    {"QueryUppercaseSortsFirst",
-     0,
-     false,
-     "/sim/echo/query",
-     {{"b", "1"}, {"B", "2"}},
-     {},
-     {},
-     "sim/echo/query?B=2&b=1%s",
-     false,
-     AuthIn::Query,
-     true},
-    {"QuerySignsDecodedValues",
-     0,
-     false,
-     "/sim/echo/query",
-     {{"v", "a b&c=d+e/%"}},
-     {},
-     {},
-     "sim/echo/query?v=a b&c=d+e/%%s",
-     false,
-     AuthIn::Query,
-     true},
-    {"QueryRefusesTestSecret",
-     1,
-     false,
-     "/sim/echo/query",
-     {{"a", "1"}},
-     {},
-     {},
-     "sim/echo/query?a=1%s",
-     true,
-     AuthIn::Query,
-     false},
-    {"QueryRefusesChangedValue",
-     0,
-     false,
-     "/sim/echo/query",
-     {{"a", "2"}},
-     {},
-     {},
-     "sim/echo/query?a=1%s",
-     false,
-     AuthIn::Query,
-     false},
-    {"QueryRefusesMissingAuth",
-     0,
-     false,
-     "/sim/echo/query",
-     {{"a", "1"}},
-     {},
-     {},
-     "",
-     false,
-     AuthIn::Nowhere,
-     false},
-    {"QueryRefusesUnsignedForm",
-     0,
-     true,
-     "/sim/echo/query",
-     {{"a", "1"}},
-     {},
-     {{"c", "3"}},
-     "sim/echo/query?a=1%s",
-     false,
-     AuthIn::Query,
-     false},
-    {"Mobile3Production",
-     0,
-     true,
-     "/sim/echo/mobile3",
-     {{"b", "2"}},
-     {{"aid", "vxtool"}, {"time", "100"}, {"token", "T"}},
-     {{"token", "T"}},
-     "sim/echo/mobile3?aid=vxtool&b=2&time=100%s&token=T",
-     false,
-     AuthIn::Header,
-     true},
-    {"Mobile3TestEnvironmentUsesLiveSecret",
-     2,
-     false,
-     "/sim/echo/mobile3",
-     {{"b", "2"}},
-     {{"aid", "vxtool"}, {"time", "100"}},
-     {},
-     "sim/echo/mobile3?aid=vxtool&b=2&time=100%s",
-     true,
-     AuthIn::Header,
-     true},
-    {"Mobile3TestEnvironmentRefusesProductionSecret",
-     2,
-     false,
-     "/sim/echo/mobile3",
-     {},
-     {{"time", "100"}},
-     {},
-     "sim/echo/mobile3?aid=vxtool&time=100%s",
-     false,
-     AuthIn::Header,
-     false},
-    {"Mobile3ProductionRefusesLiveSecret",
-     0,
-     false,
-     "/sim/echo/mobile3",
-     {},
-     {{"time", "100"}},
-     {},
-     "sim/echo/mobile3?aid=vxtool&time=100%s",
-     true,
-     AuthIn::Header,
-     false},
-    {"Mobile3TimeDefaultsToZeroAndAidIsFixed",
-     0,
-     false,
-     "/sim/echo/mobile3",
-     {},
-     {{"aid", "other"}},
-     {},
-     "sim/echo/mobile3?aid=vxtool&time=0%s",
-     false,
-     AuthIn::Header,
-     true},
-    {"Mobile3IgnoresQueryAidAndTime",
-     0,
-     false,
-     "/sim/echo/mobile3",
-     {{"aid", "x"}, {"time", "5"}, {"c", "1"}},
-     {{"time", "100"}},
-     {},
-     "sim/echo/mobile3?aid=vxtool&c=1&time=100%s",
-     false,
-     AuthIn::Header,
-     true},
-    {"Mobile3RefusesAuthInQuery",
-     0,
-     false,
-     "/sim/echo/mobile3",
-     {},
-     {{"time", "100"}},
-     {},
-     "sim/echo/mobile3?aid=vxtool&time=100%s",
-     false,
-     AuthIn::Query,
-     false},
-    {"Mobile2AidFromHeader",
-     0,
-     false,
-     "/sim/echo/mobile2",
-     {},
-     {{"aid", "pcapp"}, {"time", "100"}},
-     {},
-     "sim/echo/mobile2?aid=pcapp&time=100%s",
-     false,
-     AuthIn::Header,
-     true},
-    {"Mobile2EmptyAidAndTime",
-     3,
-     false,
-     "/sim/echo/mobile2",
-     {},
-     {},
-     {},
-     "sim/echo/mobile2?aid=&time=%s",
-     true,
-     AuthIn::Header,
-     true},
-    {"Mobile2RefusesFixedAid",
-     0,
-     false,
-     "/sim/echo/mobile2",
-     {},
-     {{"aid", "pcapp"}, {"time", "100"}},
-     {},
-     "sim/echo/mobile2?aid=vxtool&time=100%s",
-     false,
-     AuthIn::Header,
-     false},
-    {"CommonListsGet",
-     0,
-     false,
-     "/sim/echo/common",
-     {{"room", "7"}, {"aid", "vxtool"}, {"client_sys", "pc"}, {"time", "100"}},
-     {},
-     {},
-     "sim/echo/common?aid=vxtool&client_sys=pc&room=7&time=100%s",
-     false,
-     AuthIn::Query,
-     true},
-    {"CommonListsPost",
-     1,
-     true,
-     "/sim/echo/common",
-     {{"aid", "vxtool"}, {"time", "100"}},
-     {},
-     {{"token", "T"}, {"tag", "3"}},
-     "sim/echo/common?aid=vxtool&time=100%s&tag=3&token=T",
-     false,
-     AuthIn::Query,
-     true},
-    {"CommonListsRefusesOtherSigningPath",
-     0,
-     false,
-     "/sim/echo/common",
-     {{"aid", "vxtool"}, {"time", "100"}},
-     {},
-     {},
-     "other/path?aid=vxtool&time=100%s",
-     false,
-     AuthIn::Query,
-     false},
-    {"NoneNeedsNoAuth",
-     0,
-     false,
-     "/sim/echo/none",
-     {{"a", "1"}},
-     {},
-     {},
-     "",
-     false,
-     AuthIn::Nowhere,
-     true},
+    {"QueryGet", 0, "/sim/echo/query", "b=2|a=1|time=100", "", "", "sim/echo/query?a=1&b=2&time=100%s", false, Query, true},
+    {"QueryPostFormUnderBaseFolder", 0, "/api/v1/sim/echo/query", "aid=vxtool|time=100", "", "z=3|c=你好", "sim/echo/query?aid=vxtool&time=100%s&c=你好&z=3", false, Query, true},
+    {"QueryFallsBackToHeaders", 0, "/sim/echo/query", "", "token=T|referer=r", "", "sim/echo/query?referer=r&token=T%s", false, Header, true},
+    {"QueryRepeatedKeySortedByValue", 0, "/sim/echo/query", "k=b|k=a", "", "", "sim/echo/query?k=a&k=b%s", false, Query, true},
+    {"QueryUppercaseSortsFirst", 0, "/sim/echo/query", "b=1|B=2", "", "", "sim/echo/query?B=2&b=1%s", false, Query, true},
+    {"QuerySignsDecodedValues", 0, "/sim/echo/query", "v=a b&c=d+e/%", "", "", "sim/echo/query?v=a b&c=d+e/%%s", false, Query, true},
+    {"QueryRefusesTestSecret", 1, "/sim/echo/query", "a=1", "", "", "sim/echo/query?a=1%s", true, Query, false},
+    {"QueryRefusesChangedValue", 0, "/sim/echo/query", "a=2", "", "", "sim/echo/query?a=1%s", false, Query, false},
+    {"QueryRefusesMissingAuth", 0, "/sim/echo/query", "a=1", "", "", "", false, Nowhere, false},
+    {"QueryRefusesUnsignedForm", 0, "/sim/echo/query", "a=1", "", "c=3", "sim/echo/query?a=1%s", false, Query, false},
+    {"Mobile3Production", 0, "/sim/echo/mobile3", "b=2", "aid=vxtool|time=100|token=T", "token=T", "sim/echo/mobile3?aid=vxtool&b=2&time=100%s&token=T", false, Header, true},
+    {"Mobile3TestEnvironmentUsesLiveSecret", 2, "/sim/echo/mobile3", "b=2", "aid=vxtool|time=100", "", "sim/echo/mobile3?aid=vxtool&b=2&time=100%s", true, Header, true},
+    {"Mobile3TestEnvironmentRefusesProductionSecret", 2, "/sim/echo/mobile3", "", "time=100", "", "sim/echo/mobile3?aid=vxtool&time=100%s", false, Header, false},
+    {"Mobile3ProductionRefusesLiveSecret", 0, "/sim/echo/mobile3", "", "time=100", "", "sim/echo/mobile3?aid=vxtool&time=100%s", true, Header, false},
+    {"Mobile3TimeDefaultsToZeroAndAidIsFixed", 0, "/sim/echo/mobile3", "", "aid=other", "", "sim/echo/mobile3?aid=vxtool&time=0%s", false, Header, true},
+    {"Mobile3IgnoresQueryAidAndTime", 0, "/sim/echo/mobile3", "aid=x|time=5|c=1", "time=100", "", "sim/echo/mobile3?aid=vxtool&c=1&time=100%s", false, Header, true},
+    {"Mobile3RefusesAuthInQuery", 0, "/sim/echo/mobile3", "", "time=100", "", "sim/echo/mobile3?aid=vxtool&time=100%s", false, Query, false},
+    {"Mobile2AidFromHeader", 0, "/sim/echo/mobile2", "", "aid=pcapp|time=100", "", "sim/echo/mobile2?aid=pcapp&time=100%s", false, Header, true},
+    {"Mobile2EmptyAidAndTime", 3, "/sim/echo/mobile2", "", "", "", "sim/echo/mobile2?aid=&time=%s", true, Header, true},
+    {"Mobile2RefusesFixedAid", 0, "/sim/echo/mobile2", "", "aid=pcapp|time=100", "", "sim/echo/mobile2?aid=vxtool&time=100%s", false, Header, false},
+    {"CommonListsGet", 0, "/sim/echo/common", "room=7|aid=vxtool|client_sys=pc|time=100", "", "", "sim/echo/common?aid=vxtool&client_sys=pc&room=7&time=100%s", false, Query, true},
+    {"CommonListsPost", 1, "/sim/echo/common", "aid=vxtool|time=100", "", "token=T|tag=3", "sim/echo/common?aid=vxtool&time=100%s&tag=3&token=T", false, Query, true},
+    {"CommonListsRefusesOtherSigningPath", 0, "/sim/echo/common", "aid=vxtool|time=100", "", "", "other/path?aid=vxtool&time=100%s", false, Query, false},
+    {"NoneNeedsNoAuth", 0, "/sim/echo/none", "a=1", "", "", "", false, Nowhere, true},
 };
+// clang-format on
 
 class SimSignatureTest : public ::testing::TestWithParam<SignCase> {
 protected:
@@ -310,20 +85,20 @@ TEST_P(SimSignatureTest, AcceptsOnlyWhatTheClientSigned) {
     server_->setEnvironment(c.environment);
     server_->requestLog().clear();
 
-    Pairs query = c.query;
-    Pairs headers = c.headers;
-    const std::string auth = c.signText.empty() ? "" : sign(c.signText, c.live);
-    if (c.authIn == AuthIn::Query) {
-        query.emplace_back("auth", auth);
-    } else if (c.authIn == AuthIn::Header) {
-        headers.emplace_back("auth", auth);
+    Pairs query = pairsOf(c.query);
+    Pairs headers = pairsOf(c.headers);
+    const Pairs form = pairsOf(c.form);
+    const std::string signText = c.signText;
+    const std::string auth = signText.empty() ? "" : sign(signText, c.live);
+    if (c.authIn != Nowhere) {
+        (c.authIn == Query ? query : headers).emplace_back("auth", auth);
     }
     httplib::Client client = clientFor(server_->origin());
     const std::string target = withQuery(c.path, query);
     const httplib::Result result =
-        c.post ? client.Post(target.c_str(), toHeaders(headers), encodePairs(c.form),
-                             "application/x-www-form-urlencoded")
-               : client.Get(target.c_str(), toHeaders(headers));
+        !form.empty() ? client.Post(target.c_str(), toHeaders(headers), encodePairs(form),
+                                    "application/x-www-form-urlencoded")
+                      : client.Get(target.c_str(), toHeaders(headers));
     ASSERT_TRUE(result) << httplib::to_string(result.error());
     EXPECT_EQ(result->status, 200);
 
@@ -333,8 +108,8 @@ TEST_P(SimSignatureTest, AcceptsOnlyWhatTheClientSigned) {
     if (c.accepted) {
         EXPECT_EQ(body.value("error").toInt(-1), 0) << result->body;
         EXPECT_TRUE(body.value("data").toObject().value("auth_ok").toBool());
-        if (!c.signText.empty()) {
-            EXPECT_EQ(log[0].signingText, c.signText);
+        if (!signText.empty()) {
+            EXPECT_EQ(log[0].signingText, signText);
         }
         EXPECT_EQ(server_->requestLog().authFailures(), 0u);
     } else {
