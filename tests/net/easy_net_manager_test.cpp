@@ -1,25 +1,19 @@
 #include <gtest/gtest.h>
-#include <httplib.h>
 
 #include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QPointer>
-#include <QProcess>
 #include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <memory>
-#include <mutex>
 #include <thread>
 
+#include "http/sim_http_server.h"
 #include "net/easy_net_manager.h"
 #include "support/log_reader.h"
 #include "support/scoped_env.h"
@@ -31,68 +25,27 @@
 namespace {
 
 using tolvane::log::kMainLog;
+using tolvane::sim::SimCertificateAuthority;
+using tolvane::sim::SimFault;
+using tolvane::sim::SimHttpServer;
+using tolvane::sim::SimRequest;
+using Pairs = std::vector<std::pair<std::string, std::string>>;
 
-// A loopback server with a few routes; delayed answers end early when the server stops.
-class LoopbackServer {
+// The simulator answers these paths with fixed statuses, bodies and delays.
+class FixedReplies : public SimHttpServer {
 public:
-    explicit LoopbackServer(std::unique_ptr<httplib::Server> server, const char* scheme = "http")
-        : server_(std::move(server)), scheme_(scheme) {
-        server_->set_keep_alive_timeout(1);
-        server_->set_pre_routing_handler([this](const httplib::Request&, httplib::Response&) {
-            ++requests_;
-            return httplib::Server::HandlerResponse::Unhandled;
-        });
-        server_->Get("/ok", [](const httplib::Request&, httplib::Response& res) {
-            res.set_content("hello", "text/plain");
-        });
-        const auto status = [](const httplib::Request& req, httplib::Response& res) {
-            res.status = std::stoi(req.matches[1].str());
-            res.set_content("body-" + req.matches[1].str(), "text/plain");
-        };
-        server_->Get(R"(/status/(\d+))", status);
-        server_->Post(R"(/status/(\d+))", status);
-        server_->Get(
-            R"(/delay/(\d+))", [this](const httplib::Request& req, httplib::Response& res) {
-                std::unique_lock<std::mutex> lock(mutex_);
-                wake_.wait_for(lock, std::chrono::milliseconds(std::stoi(req.matches[1].str())),
-                               [this] { return stopping_; });
-                res.set_content("late", "text/plain");
-            });
-        server_->Post("/echo", [](const httplib::Request& req, httplib::Response& res) {
-            res.set_content(req.get_header_value("Content-Type") + "|" + req.body, "text/plain");
-        });
-        port_ = server_->bind_to_any_port("127.0.0.1");
-        thread_ = std::thread([this] { server_->listen_after_bind(); });
-        // stop() is ignored until the accept loop runs, so wait for it (bounded).
-        for (int i = 0; i < 5000 && !server_->is_running(); ++i) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    FixedReplies() {
+        setFault("/ok", SimFault::httpStatus(200, "hello"));
+        for (const int status : {404, 500}) {
+            const std::string code = std::to_string(status);
+            setFault("/status/" + code, SimFault::httpStatus(status, "body-" + code));
+        }
+        for (const int ms : {50, 180, 1000, 3000, 5000}) {
+            setFault("/delay/" + std::to_string(ms),
+                     SimFault::httpStatus(200, "late").withDelay(ms));
         }
     }
-
-    ~LoopbackServer() {
-        {
-            const std::lock_guard<std::mutex> lock(mutex_);
-            stopping_ = true;
-        }
-        wake_.notify_all();
-        server_->stop();
-        thread_.join();
-    }
-
-    QUrl url(const QString& path) const {
-        return QUrl(QStringLiteral("%1://127.0.0.1:%2%3").arg(scheme_).arg(port_).arg(path));
-    }
-    int requestCount() const { return requests_.load(); }
-
-private:
-    std::unique_ptr<httplib::Server> server_;
-    QString scheme_;
-    int port_ = 0;
-    std::thread thread_;
-    std::atomic<int> requests_{0};
-    std::mutex mutex_;
-    std::condition_variable wake_;
-    bool stopping_ = false;
+    QUrl url(const QString& path) const { return QUrl(QString::fromStdString(origin()) + path); }
 };
 
 // Runs the event loop until the condition holds or the time is up.
@@ -138,8 +91,10 @@ protected:
     }
     QStringList newLogLines(int from) const { return readLogMessages(kMainLog).mid(from); }
 
+    void SetUp() override { ASSERT_TRUE(server_.start()); }
+
     IsolatedWorkspace workspace_;
-    LoopbackServer server_{std::make_unique<httplib::Server>()};
+    FixedReplies server_;
     EasyNetManager client_;
 };
 
@@ -164,33 +119,16 @@ TEST_F(EasyNetManagerTest, BlockingGetOutcomes) {
         QByteArray data;
         QStringList log;
     };
+    const QString failed = "QNetworkAccessManager get NetworkError:";
+    // clang-format off
     const Case cases[] = {
         {base + "/ok", 2000, true, 0, "hello", {}},
-        {base + "/status/404",
-         2000,
-         false,
-         203,
-         "body-404",
-         {"QNetworkAccessManager get NetworkError:203", "url:" + base + "/status/404", "body-404"}},
-        {base + "/status/500",
-         2000,
-         false,
-         401,
-         "body-500",
-         {"QNetworkAccessManager get NetworkError:401", "url:" + base + "/status/500", "body-500"}},
-        {base + "/delay/3000",
-         200,
-         false,
-         -6,
-         "",
-         {"QNetworkAccessManager timeout 200", "url:" + base + "/delay/3000"}},
-        {refusedUrl,
-         2000,
-         false,
-         1,
-         "",
-         {"QNetworkAccessManager get NetworkError:1", "url:" + refusedUrl}},
+        {base + "/status/404", 2000, false, 203, "body-404", {failed + "203", "url:" + base + "/status/404", "body-404"}},
+        {base + "/status/500", 2000, false, 401, "body-500", {failed + "401", "url:" + base + "/status/500", "body-500"}},
+        {base + "/delay/3000", 200, false, -6, "", {"QNetworkAccessManager timeout 200", "url:" + base + "/delay/3000"}},
+        {refusedUrl, 2000, false, 1, "", {failed + "1", "url:" + refusedUrl}},
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.url.toStdString());
         const int logged = readLogMessages(kMainLog).size();
@@ -217,8 +155,10 @@ TEST_F(EasyNetManagerTest, BlockingGetOutcomes) {
 
 TEST_F(EasyNetManagerTest, PostSendsAFormAndLogsItsOwnErrorLine) {
     QByteArray reply;
-    ASSERT_TRUE(client_.post(request("/echo"), "a=1&b=%E4%B8%AD", reply, 2000));
-    EXPECT_EQ(reply, "application/x-www-form-urlencoded|a=1&b=%E4%B8%AD");
+    ASSERT_TRUE(client_.post(request("/sim/echo/none"), "a=1&b=%E4%B8%AD", reply, 2000));
+    const SimRequest seen = server_.requestLog().all().back();
+    EXPECT_EQ(seen.header("Content-Type"), "application/x-www-form-urlencoded");
+    EXPECT_EQ(seen.form, (Pairs{{"a", "1"}, {"b", "中"}}));
 
     const int logged = readLogMessages(kMainLog).size();
     EXPECT_FALSE(client_.post(request("/status/500"), "x=1", reply, 2000));
@@ -304,14 +244,14 @@ TEST_F(EasyNetManagerTest, StoppedClientSendsNothing) {
     client_.stop();
     QByteArray reply = "untouched";
     EXPECT_FALSE(client_.get(request("/ok"), reply, 1000));
-    EXPECT_FALSE(client_.post(request("/echo"), "a=1", reply, 1000));
+    EXPECT_FALSE(client_.post(request("/ok"), "a=1", reply, 1000));
     EXPECT_EQ(reply, "untouched");
     QObject receiver;
     HandlerProbe probe;
     client_.getAsync(request("/ok"), &receiver, probe.handler(), 1000);
     spinFor(200);
     EXPECT_EQ(probe.calls.load(), 0);
-    EXPECT_EQ(server_.requestCount(), 0);
+    EXPECT_EQ(server_.requestLog().size(), 0u);
 }
 
 TEST_F(EasyNetManagerTest, StopReleasesABlockedCaller) {
@@ -339,76 +279,26 @@ TEST_F(EasyNetManagerTest, StopReleasesABlockedCaller) {
     }
 }
 
-// A throwaway authority and a certificate for 127.0.0.1 signed by it, made once for the suite.
-class EasyNetManagerTlsTest : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() {
-        dir_ = new QTemporaryDir;
-        const auto openssl = [](const QStringList& arguments) {
-            QProcess process;
-            process.setWorkingDirectory(dir_->path());
-            process.start(QStringLiteral("openssl"), arguments);
-            return process.waitForFinished(30000) && process.exitStatus() == QProcess::NormalExit &&
-                   process.exitCode() == 0;
-        };
-        QFile extensions(dir_->filePath("server.ext"));
-        extensions.open(QIODevice::WriteOnly);
-        extensions.write("subjectAltName=IP:127.0.0.1\nbasicConstraints=CA:FALSE\n");
-        extensions.close();
-        const QStringList ecKey = {"-newkey", "ec", "-pkeyopt", "ec_paramgen_curve:prime256v1",
-                                   "-nodes"};
-        ready_ = openssl(QStringList{"req", "-x509"} + ecKey +
-                         QStringList{"-keyout", "ca.key", "-out", "ca.pem", "-days", "2", "-subj",
-                                     "/CN=Loopback Test Authority"}) &&
-                 openssl(QStringList{"req"} + ecKey +
-                         QStringList{"-keyout", "server.key", "-out", "server.csr", "-subj",
-                                     "/CN=127.0.0.1"}) &&
-                 openssl({"x509", "-req", "-in", "server.csr", "-CA", "ca.pem", "-CAkey", "ca.key",
-                          "-CAcreateserial", "-out", "server.pem", "-days", "2", "-extfile",
-                          "server.ext"});
-    }
-    static void TearDownTestSuite() {
-        delete dir_;
-        dir_ = nullptr;
-    }
-    void SetUp() override {
-        ASSERT_TRUE(ready_) << "openssl could not make the test certificates";
-        server_ = std::make_unique<LoopbackServer>(
-            std::make_unique<httplib::SSLServer>(path("server.pem").constData(),
-                                                 path("server.key").constData()),
-            "https");
-    }
-    static QByteArray path(const char* name) { return dir_->filePath(name).toLocal8Bit(); }
-
-    static QTemporaryDir* dir_;
-    static bool ready_;
-    IsolatedWorkspace workspace_;
-    std::unique_ptr<LoopbackServer> server_;
-};
-
-QTemporaryDir* EasyNetManagerTlsTest::dir_ = nullptr;
-bool EasyNetManagerTlsTest::ready_ = false;
-
-TEST_F(EasyNetManagerTlsTest, AuthorityFromTheEnvironmentIsTrusted) {
-    const ScopedEnv ca("TOLVANE_CA_FILE", path("ca.pem"));
-    EasyNetManager client;
+TEST(EasyNetManagerTls, TrustsOnlyTheAuthorityFromTheEnvironment) {
+    IsolatedWorkspace workspace;
+    SimCertificateAuthority authority;
+    FixedReplies server;
+    ASSERT_TRUE(server.startHttps(authority.trustedIdentity()));
+    const QString url = server.url("/ok").toString();
     QByteArray reply;
-    EXPECT_TRUE(client.get(QNetworkRequest(server_->url("/ok")), reply, 5000))
-        << reply.toStdString();
-    EXPECT_EQ(reply, "hello");
-}
-
-TEST_F(EasyNetManagerTlsTest, UntrustedCertificateIsRefused) {
+    {
+        const ScopedEnv ca("TOLVANE_CA_FILE", QByteArray::fromStdString(authority.caFile()));
+        EasyNetManager client;
+        EXPECT_TRUE(client.get(QNetworkRequest(QUrl(url)), reply, 5000)) << reply.toStdString();
+        EXPECT_EQ(reply, "hello");
+    }
     const ScopedEnv ca("TOLVANE_CA_FILE", QByteArray());
     EasyNetManager client;
-    QByteArray reply;
-    const QString url = server_->url("/ok").toString();
     EXPECT_FALSE(client.get(QNetworkRequest(QUrl(url)), reply, 5000));
     EXPECT_EQ(envelope(reply).value("error").toInt(), 6);  // SSL handshake failed
     const QStringList log = readLogMessages(kMainLog);
     EXPECT_TRUE(log.contains("ssl error url: " + url)) << log.join('\n').toStdString();
-    const int info = log.indexOf(QRegularExpression("^ssl errorInfo: .+"));
-    EXPECT_GE(info, 0) << log.join('\n').toStdString();
+    EXPECT_GE(log.indexOf(QRegularExpression("^ssl errorInfo: .+")), 0);
     EXPECT_TRUE(log.contains("QNetworkAccessManager get NetworkError:6"));
 
     client.onsslErrors(nullptr, {});
