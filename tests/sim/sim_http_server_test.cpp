@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonParseError>
 #include <atomic>
@@ -168,11 +167,6 @@ TEST_F(SimHttpServerTest, LogKeepsDecodedQueryHeadersAndFormInOrder) {
     EXPECT_TRUE(seen.routed);
     EXPECT_FALSE(seen.authChecked);
     EXPECT_TRUE(seen.authOk);
-
-    // The echo shows the same, with a repeated key as a list.
-    const QJsonObject data = jsonBody(result).value("data").toObject();
-    EXPECT_EQ(data.value("query").toObject().value("b").toArray().size(), 2);
-    EXPECT_EQ(data.value("form").toObject().value("c").toString(), "+&");
 }
 
 TEST_F(SimHttpServerTest, ConcurrentClientsEachGetTheirOwnAnswer) {
@@ -240,15 +234,6 @@ TEST_F(SimHttpServerTest, RestartsOnTheSamePortAndRefusesWhenStopped) {
     const httplib::Result result = get("/sim/status/204");
     ASSERT_TRUE(result);
     EXPECT_EQ(result->status, 204);
-}
-
-TEST(SimHttpServerLifecycle, ManyStartStopCyclesLeaveNothingBehind) {
-    for (int i = 0; i < 5; ++i) {
-        SimHttpServer server;
-        ASSERT_TRUE(server.start());
-        httplib::Client client = clientFor(server.origin());
-        ASSERT_TRUE(client.Get("/sim/status/200"));
-    }
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QFile>
-
 #include "http/sim_certificate_authority.h"
 #include "sim/sim_test_support.h"
 
@@ -68,42 +66,10 @@ TEST_P(SimHttpsTest, ClientVerifiesTheServerCertificate) {
 INSTANTIATE_TEST_SUITE_P(Certificates, SimHttpsTest, ::testing::ValuesIn(kCases),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST(SimHttpsServer, ServesHttpAndHttpsFromOneRouteTable) {
-    SimCertificateAuthority authority;
-    SimHttpServer server;
-    ASSERT_TRUE(server.start());
-    ASSERT_TRUE(server.startHttps(authority.trustedIdentity()));
-    EXPECT_EQ(server.origin(), server.httpOrigin()) << "the first listener gives the origin";
-    EXPECT_NE(server.httpPort(), server.httpsPort());
-
-    httplib::Client plain = clientFor(server.httpOrigin());
-    httplib::Client secure = clientFor(server.httpsOrigin());
-    secure.set_ca_cert_path(authority.caFile().c_str());
-    server.setFault("/sim/echo/none", tolvane::sim::SimFault::httpStatus(500));
-    for (httplib::Client* client : {&plain, &secure}) {
-        const httplib::Result result = client->Get("/sim/echo/none");
-        ASSERT_TRUE(result);
-        EXPECT_EQ(result->status, 500);
-    }
-    EXPECT_EQ(server.requestLog().size(), 2u);
-}
-
 TEST(SimHttpsServer, RefusesMissingCertificateFiles) {
     SimHttpServer server;
     EXPECT_FALSE(server.startHttps({"/nonexistent/cert.pem", "/nonexistent/key.pem"}));
     EXPECT_FALSE(server.isRunning());
-}
-
-TEST(SimCertificateAuthorityTest, FilesVanishWithTheAuthority) {
-    std::string caFile;
-    {
-        SimCertificateAuthority authority;
-        ASSERT_TRUE(authority.isValid());
-        caFile = authority.caFile();
-        EXPECT_TRUE(QFile::exists(QString::fromStdString(caFile)));
-        EXPECT_TRUE(QFile::exists(QString::fromStdString(authority.selfSignedIdentity().keyFile)));
-    }
-    EXPECT_FALSE(QFile::exists(QString::fromStdString(caFile)));
 }
 
 }  // namespace
