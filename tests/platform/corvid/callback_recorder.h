@@ -16,15 +16,12 @@ class CallbackRecorder {
 public:
     enum class Kind { Message, KeepAlive, Error, Gate, RepeaterFinished, Abort, LoginReply };
     struct Event {
-        Event(Kind k, int32_t c = 0, std::string t = {}, std::string h = {}, int32_t p = 0,
-              bool f = false)
-            : kind(k), code(c), text(std::move(t)), host(std::move(h)), port(p), failed(f) {}
         Kind kind;
-        int32_t code;
-        std::string text;  // message, detail or reply
-        std::string host;
-        int32_t port;
-        bool failed;
+        int32_t code = 0;
+        std::string text = {};  // message, detail or reply
+        std::string host = {};
+        int32_t port = 0;
+        bool failed = false;
     };
     using Events = std::vector<Event>;
 

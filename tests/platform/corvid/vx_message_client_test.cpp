@@ -35,6 +35,16 @@ bool hasMessageOfType(const Events& events, const std::string& type) {
     return false;
 }
 
+// A client of its own, logged in to the server, reporting to the recorder.
+MessageClient* startClient(CallbackRecorder& recorder, const sim::BarrageServer& server) {
+    MessageClient* client = CreateVxMessageClientWithOptions(fastOptions());
+    const MessageCallbacks table = recorder.table();
+    client->registerCallbacks(&table, &recorder);
+    client->setServerAddress(sim::BarrageServer::host(), server.port());
+    client->login("a", 1, "b", 13, 5, "", 3);
+    return client;
+}
+
 class MessageClientTest : public ::testing::Test {
 protected:
     void SetUp() override { StartupMessageClientSystem(); }
@@ -92,19 +102,13 @@ TEST_F(MessageClientTest, LoginRunsTheGateAndRepeaterStepsAndCarriesEveryValue) 
 
     const auto records = server_.connections();
     ASSERT_EQ(records.size(), 1u);
+    // clang-format off
     const std::pair<const char*, const char*> items[] = {
-        {"type", "login"},
-        {"ltx1", "text-one"},
-        {"lnum", "11"},
-        {"ltx2", "text-two"},
-        {"ct", "13"},
-        {"rid", "1001"},
-        {"ext", ""},
-        {"lmode", "3"},
-        {"ptx", "param-five"},
-        {"pnum", "21"},
+        {"type", "login"}, {"ltx1", "text-one"}, {"lnum", "11"}, {"ltx2", "text-two"}, {"ct", "13"},
+        {"rid", "1001"}, {"ext", ""}, {"lmode", "3"}, {"ptx", "param-five"}, {"pnum", "21"},
         {"ptx2", "param-twenty-one"},
     };
+    // clang-format on
     ASSERT_EQ(records[0].login.size(), std::size(items));
     for (std::size_t i = 0; i < std::size(items); ++i) {
         EXPECT_EQ(records[0].login[i].first, items[i].first);
@@ -118,12 +122,8 @@ TEST_F(MessageClientTest, KeepAliveAnswersAreReportedAndOptionallyConsumed) {
         sim::BarrageServer server;
         CallbackRecorder recorder;
         recorder.consumeKeepAlive = consume;
-        MessageClient* client = CreateVxMessageClientWithOptions(fastOptions());
-        const MessageCallbacks table = recorder.table();
-        client->registerCallbacks(&table, &recorder);
         server.setKeepAliveValues(4321, 77);
-        client->setServerAddress(sim::BarrageServer::host(), server.port());
-        client->login("a", 1, "b", 13, 5, "", 3);
+        MessageClient* client = startClient(recorder, server);
         EXPECT_TRUE(recorder.waitForCount(Kind::KeepAlive, 2));
         EXPECT_TRUE(
             server.waitUntil([](const auto& r) { return !r.empty() && r[0].keepAlives >= 2; },
@@ -222,21 +222,17 @@ TEST_F(MessageClientTest, EveryBreakEndsWithItsStepAndTheErrorCallback) {
         SCOPED_TRACE(c.name);
         sim::BarrageServer server;
         CallbackRecorder recorder;
-        MessageClient* client = CreateVxMessageClientWithOptions(fastOptions());
-        const MessageCallbacks table = recorder.table();
-        client->registerCallbacks(&table, &recorder);
         if (c.before) {
             c.before(server);
         }
-        client->setServerAddress(sim::BarrageServer::host(), server.port());
-        client->login("a", 1, "b", 13, 5, "", 3);
+        MessageClient* client = startClient(recorder, server);
         if (c.after) {
             ASSERT_TRUE(recorder.waitForCount(Kind::LoginReply, 1));
             c.after(server);
         }
         ASSERT_TRUE(recorder.waitForCount(Kind::Error, 1));
-        std::vector<Kind> kinds = CallbackRecorder::kinds(recorder.events());
         const Events events = recorder.events();
+        const std::vector<Kind> kinds = CallbackRecorder::kinds(events);
         ASSERT_GE(kinds.size(), 2u);
         EXPECT_EQ(kinds[kinds.size() - 2], c.step);
         EXPECT_EQ(kinds.back(), Kind::Error);
@@ -272,34 +268,35 @@ TEST_F(MessageClientTest, ResetClosesSilentlyAndTheNextLoginMayGoElsewhere) {
     EXPECT_EQ(server_.connections().size(), 1u);
 }
 
-TEST_F(MessageClientTest, NoCallbackRunsAfterUnregisteringReturns) {
-    makeClient();
-    loginAndWait(server_);
-    recorder_.callbackDelayMs = 1;
-    server_.setGeneratorRate(2000);
-    ASSERT_TRUE(recorder_.waitFor([](const Events& e) { return e.size() > 30; }));
-    MessageCallbacks empty;
-    ASSERT_TRUE(client_->registerCallbacks(&empty, nullptr));
-    recorder_.closed = true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-    server_.disconnectAll();  // would fire abort and error if still registered
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_EQ(recorder_.lateCalls.load(), 0);
-}
-
-TEST_F(MessageClientTest, NoCallbackRunsAfterReleaseReturns) {
-    makeClient();
-    loginAndWait(server_);
-    recorder_.callbackDelayMs = 1;
-    server_.setGeneratorRate(2000);
-    ASSERT_TRUE(recorder_.waitFor([](const Events& e) { return e.size() > 30; }));
-    client_->release();
-    client_ = nullptr;
-    recorder_.closed = true;
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_EQ(recorder_.lateCalls.load(), 0);
-    EXPECT_TRUE(
-        server_.waitUntil([](const auto& r) { return !r[0].open; }, std::chrono::seconds(5)));
+TEST_F(MessageClientTest, NoCallbackRunsAfterUnregisteringOrReleaseReturns) {
+    for (const bool release : {false, true}) {
+        SCOPED_TRACE(release ? "release" : "unregister");
+        sim::BarrageServer server;
+        CallbackRecorder recorder;
+        MessageClient* client = startClient(recorder, server);
+        ASSERT_TRUE(recorder.waitForCount(Kind::LoginReply, 1));
+        recorder.callbackDelayMs = 1;  // callbacks in flight while the caller unregisters
+        server.setGeneratorRate(2000);
+        ASSERT_TRUE(recorder.waitFor([](const Events& e) { return e.size() > 30; }));
+        MessageCallbacks empty;
+        if (release) {
+            client->release();
+        } else {
+            ASSERT_TRUE(client->registerCallbacks(&empty, nullptr));
+        }
+        recorder.closed = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        if (release) {
+            EXPECT_TRUE(server.waitUntil([](const auto& r) { return !r[0].open; },
+                                         std::chrono::seconds(5)));
+        }
+        server.disconnectAll();  // would fire abort and error if still registered
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        EXPECT_EQ(recorder.lateCalls.load(), 0);
+        if (!release) {
+            client->release();
+        }
+    }
 }
 
 TEST_F(MessageClientTest, RefusesWhatItCannotUse) {
