@@ -15,15 +15,16 @@ QJsonObject replyData(const QByteArray& reply) {
     return QJsonDocument::fromJson(reply).object().value("data").toObject();
 }
 
-TEST_F(ServiceTransport, DescribedRequestsOfEveryKindAreSignedAsTheServerExpects) {
+TEST_F(ServiceTransport, DescribedRequestsAreSignedAsTheServerExpects) {
     struct Case {
         int kind;
         const char* path;
     };
-    const Case cases[] = {{0, "sim/echo/query"}, {1, "sim/echo/query"},   {2, "sim/echo/query"},
-                          {3, "sim/echo/query"}, {4, "sim/echo/query"},   {5, "sim/echo/query"},
-                          {7, "sim/echo/query"}, {6, "sim/echo/mobile3"}, {10, "sim/echo/mobile2"},
-                          {8, "sim/echo/none"},  {9, "sim/echo/none"},    {11, "sim/echo/none"}};
+    // Every kind is checked against the request client itself; these show the service's wiring.
+    const Case cases[] = {{2, "sim/echo/query"},
+                          {6, "sim/echo/mobile3"},
+                          {10, "sim/echo/mobile2"},
+                          {8, "sim/echo/none"}};
     for (const Case& c : cases) {
         for (const bool post : {false, true}) {
             RequestDescriptor request;
