@@ -13,11 +13,6 @@ int32_t VxNetServiceImp::get_rtmp_address(std::string& pushUrl, int32_t& lineId)
     return kNotYetAvailable;
 }
 
-// slot 4
-int32_t VxNetServiceImp::getRoomId() {
-    return -1;
-}
-
 // slot 8
 bool VxNetServiceImp::sendBarrageText(const char* text) {
     return false;
@@ -63,9 +58,6 @@ int32_t VxNetServiceImp::sendChatMessage(const char* text) {
 bool VxNetServiceImp::getRtmpAddressList(std::vector<PushAddress>& addresses) {
     return false;
 }
-
-// slot 24
-void VxNetServiceImp::getRoomRecord(RoomSummary& room) {}
 
 // slot 26
 void VxNetServiceImp::barrageLoginCall(int32_t giftId, int32_t kind, int32_t count) {}
@@ -142,11 +134,6 @@ int32_t VxNetServiceImp::getClassifyInfo(std::vector<CategoryNode>& tree,
     return kNotYetAvailable;
 }
 
-// slot 49
-int32_t VxNetServiceImp::loadGiftTables() {
-    return 1;
-}
-
 // slot 50
 int32_t VxNetServiceImp::barrageCallConnected() {
     return -1;
@@ -164,16 +151,6 @@ int32_t VxNetServiceImp::setGameTag(int32_t tid, std::string& message) {
     return kNotYetAvailable;
 }
 
-// slot 53
-int32_t VxNetServiceImp::getVipId() {
-    return 0;
-}
-
-// slot 54
-int32_t VxNetServiceImp::getAnchorLevel() {
-    return 0;
-}
-
 // slot 56
 int32_t VxNetServiceImp::sendRawMessage(const char* text) {
     return -1;
@@ -184,9 +161,6 @@ int32_t VxNetServiceImp::getLivingStatisticalInfo(LivingStatistics& statistics) 
     logBanner("getLivingStatisticalInfo");
     return kNotYetAvailable;
 }
-
-// slot 58
-void VxNetServiceImp::refreshRoomInfo() {}
 
 // slot 59
 int32_t VxNetServiceImp::getLiveTags(bool& hasTags, int32_t& hasIcon, std::string& tagGroupName,
@@ -218,9 +192,6 @@ int32_t VxNetServiceImp::createLiveRoom(int32_t tagId, int32_t id) {
     logBanner("createLiveRoom");
     return kNotYetAvailable;
 }
-
-// slot 67
-void VxNetServiceImp::getStoredList(std::vector<CategoryNode>& emotionWhiteList) {}
 
 // slot 69
 int32_t VxNetServiceImp::getCustomerServiceEntry(const std::string& appCode, std::string& remark,
@@ -294,12 +265,6 @@ int32_t VxNetServiceImp::requestLiveAuthInfo(std::string& reply) {
 // slot 81
 int32_t VxNetServiceImp::getAnchorHeadHoverInfo(AnchorCardUser& user, AnchorCardLevel& level) {
     logBanner("getAnchorHeadHoverInfo");
-    return kNotYetAvailable;
-}
-
-// slot 88
-int32_t VxNetServiceImp::getRoomState(bool& live, bool& showType) {
-    logBanner("getRoomState");
     return kNotYetAvailable;
 }
 

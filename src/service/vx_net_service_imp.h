@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
@@ -12,6 +13,7 @@
 #include "net/endpoints.h"
 #include "net/param_list.h"
 #include "parse/data_parser.h"
+#include "room/server_address.h"
 #include "service/persistent_log_writer.h"
 #include "tolvane/i_liveencoder_net_service.h"
 #include "tolvane/i_room_listener.h"
@@ -187,8 +189,23 @@ public:
     int32_t onLoginResult(int code, std::string& errorMessage, const LoginInfo& info,
                           const RemoteLoginInfo& remote, std::string& longTokenOut);
 
+    // --- Room information and barrage gateway (room/room_info.cpp, room/emotion_list.cpp) ---
+    // Barrage start-up up to the server list: the emotion list, the gateway's servers, then
+    // the room's own servers after them. Returns the room information's result; a failed
+    // gateway is left out on purpose.
+    int32_t collectBarrageServers(QList<ServerAddress>& servers);
+
 public Q_SLOTS:
     void sltInitServerTime();
+
+private:
+    int32_t requestRoomInfo(QByteArray& reply);
+    int32_t initRoomInfo(QList<ServerAddress>& servers);
+    int32_t getGatewayList(QList<ServerAddress>& servers);
+    int32_t requestEmotionSeiyClassifyList();
+    // Hook for the live room information store to copy the room information it needs.
+    void onRoomInfoLoaded();
+    // --- end of room information and barrage gateway ---
 
 private:
     static void logBanner(const char* operation);
