@@ -13,11 +13,6 @@ int32_t VxNetServiceImp::get_rtmp_address(std::string& pushUrl, int32_t& lineId)
     return kNotYetAvailable;
 }
 
-// slot 8
-bool VxNetServiceImp::sendBarrageText(const char* text) {
-    return false;
-}
-
 // slot 10
 int32_t VxNetServiceImp::get_black_user_list(std::string& reply) {
     logBanner("get_black_user_list");
@@ -49,18 +44,10 @@ int32_t VxNetServiceImp::stop_live_room() {
     return kNotYetAvailable;
 }
 
-// slot 17
-int32_t VxNetServiceImp::sendChatMessage(const char* text) {
-    return -1;
-}
-
 // slot 20
 bool VxNetServiceImp::getRtmpAddressList(std::vector<PushAddress>& addresses) {
     return false;
 }
-
-// slot 26
-void VxNetServiceImp::barrageLoginCall(int32_t giftId, int32_t kind, int32_t count) {}
 
 // slot 28
 int32_t VxNetServiceImp::sendPhoneCaptcha(const std::string& text, std::string& errorMessage) {
@@ -87,9 +74,6 @@ int32_t VxNetServiceImp::getWatermarkLocation() {
     logBanner("getWatermarkLocation");
     return kNotYetAvailable;
 }
-
-// slot 40
-void VxNetServiceImp::barrageCall() {}
 
 // slot 41
 int32_t VxNetServiceImp::classifyIsVoice(bool* isVoice, std::string& message) {
@@ -134,11 +118,6 @@ int32_t VxNetServiceImp::getClassifyInfo(std::vector<CategoryNode>& tree,
     return kNotYetAvailable;
 }
 
-// slot 50
-int32_t VxNetServiceImp::barrageCallConnected() {
-    return -1;
-}
-
 // slot 51
 int32_t VxNetServiceImp::submitGameInfoEx(const GameProcessInfo& game, std::string& message) {
     logBanner("submitGameInfoEx");
@@ -149,11 +128,6 @@ int32_t VxNetServiceImp::submitGameInfoEx(const GameProcessInfo& game, std::stri
 int32_t VxNetServiceImp::setGameTag(int32_t tid, std::string& message) {
     logBanner("setGameTag");
     return kNotYetAvailable;
-}
-
-// slot 56
-int32_t VxNetServiceImp::sendRawMessage(const char* text) {
-    return -1;
 }
 
 // slot 57
@@ -228,11 +202,6 @@ int32_t VxNetServiceImp::getLoginAuthCode(const std::string& bizType, std::strin
     return kNotYetAvailable;
 }
 
-// slot 75
-int32_t VxNetServiceImp::barrageListCall(std::vector<std::string>& latestMessages) {
-    return kNotYetAvailable;
-}
-
 // slot 76
 int32_t VxNetServiceImp::reportFeedback(const std::string& title, const std::string& content,
                                         const FeedbackRecord& feedback,
@@ -271,9 +240,4 @@ int32_t VxNetServiceImp::getAnchorHeadHoverInfo(AnchorCardUser& user, AnchorCard
 // slot 94
 IVxLiveRoomInfo* VxNetServiceImp::getLiveRoomInfo() {
     return nullptr;
-}
-// slot 93
-int32_t VxNetServiceImp::startBarrage() {
-    logBanner("startBarrage");
-    return kNotYetAvailable;
 }

@@ -24,6 +24,7 @@
 class EasyNetManager;
 class LoginRequest;
 class VxNetRequest;
+class VxRoomClient;
 struct LoginInfo;
 struct RemoteLoginInfo;
 
@@ -209,6 +210,8 @@ private:
 
 private:
     static void logBanner(const char* operation);
+    // Logs the barrage client out and forgets the values it reported.
+    void logoutBarrage();
     using LibraryLoginCall =
         std::function<bool(int& code, QString& message, LoginInfo&, RemoteLoginInfo&)>;
     int32_t runLibraryLogin(const LibraryLoginCall& call, const char* errorUrl,
@@ -237,6 +240,7 @@ private:
     std::vector<PushAddress> pushAddresses_;
     std::string deviceId_ = "00_00_00_00_FF_FF";
     std::string clientVersion_ = "v1.0.0.0";
+    VxRoomClient* roomClient_ = nullptr;
     DataParser parser_;
     QTimer* timer_ = nullptr;
     tolvane::log::PersistentLogWriter requestLog_;
@@ -254,5 +258,5 @@ private:
     std::atomic<int32_t> keepAliveSecond_{0};
     std::atomic<int32_t> memberInfoValue_{0};
     std::atomic<int32_t> noticeValue_{0};
-    std::string fansBrand_;
+    std::string fansBrand_;  // written only while the barrage client's callbacks are registered
 };
