@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QRegularExpression>
+#include <algorithm>
 #include <atomic>
 #include <memory>
 #include <string>
@@ -333,7 +334,8 @@ TEST_F(RoomClientTest, BrokenFramesAreDroppedWithALogLineAndTheClientComesBack) 
     server.sendText("this is not a barrage text");
     ASSERT_TRUE(waitUntil([&] {
         const State s = listener_->state();
-        return !s.messages.empty() && s.messages.back().typeCode == -1;
+        return std::any_of(s.messages.begin(), s.messages.end(),
+                           [](const BarrageMessage& m) { return m.typeCode == -1; });
     }));
 
     server.sendMalformedFrame();
