@@ -148,6 +148,7 @@ void VxNetServiceImp::getRemoteLoginInfo(bool& isForeignTel, std::string& hidePh
 // slot 36
 void VxNetServiceImp::logout() {
     logBanner("logout");
+    logoutBarrage();
     tokenInfo_ = ShortTokenInfo();
     longToken_.clear();
     currentUserId_ = 0;

@@ -3,12 +3,17 @@
 #include <QByteArray>
 #include <QJsonArray>
 #include <QJsonObject>
+#include <QList>
 #include <QObject>
 #include <QString>
 #include <string>
+#include <vector>
 
 #include "halyard/login_records.h"
+#include "room/room_info.h"
+#include "room/server_address.h"
 #include "tolvane/account_records.h"
+#include "tolvane/room_records.h"
 
 // Reads every JSON reply of the platform's web services: the envelope check, the translation
 // of server codes into the codes returned to the host, and the typed field readers. The reply
@@ -85,6 +90,21 @@ public:
     // The platform's clock (net/server_time.cpp).
     int parseServerTimeResult(const QByteArray& bytes, int& serverTime);
 
+    // The anchor's room and the barrage servers (room/room_info_parsers.cpp). Server lists
+    // are only appended to, in reply order.
+    int parseRoomInfoResult(const QByteArray& bytes, std::string& errorMessage,
+                            QList<ServerAddress>& servers);
+    int parseGatewayResult(const QByteArray& bytes, std::string& errorMessage,
+                           QList<ServerAddress>& servers);
+    // Does not touch the room information; a missing "data" sets lastErrorMessage().
+    int parseIsRoomBroadcastingResult(const QByteArray& bytes, bool& live, bool& showType);
+    const RoomInfo& roomInfo() const { return state_.roomInfo; }
+
+    // The cate2 ids that may show emotion effects (room/emotion_list.cpp); only the ids of
+    // the nodes are set.
+    int parseEmotionSeiyClassifyList(const QByteArray& bytes);
+    const std::vector<CategoryNode>& emotionWhiteList() const { return state_.emotionWhiteList; }
+
 private:
     // Everything reset() restores, so a member added here is restored with no further code.
     struct State {
@@ -93,6 +113,8 @@ private:
         std::string hidePhone;
         std::string remoteLoginCode;
         UserProfile profile;
+        RoomInfo roomInfo;
+        std::vector<CategoryNode> emotionWhiteList;
     };
 
     State state_;

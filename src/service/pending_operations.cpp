@@ -13,16 +13,6 @@ int32_t VxNetServiceImp::get_rtmp_address(std::string& pushUrl, int32_t& lineId)
     return kNotYetAvailable;
 }
 
-// slot 4
-int32_t VxNetServiceImp::getRoomId() {
-    return -1;
-}
-
-// slot 8
-bool VxNetServiceImp::sendBarrageText(const char* text) {
-    return false;
-}
-
 // slot 10
 int32_t VxNetServiceImp::get_black_user_list(std::string& reply) {
     logBanner("get_black_user_list");
@@ -54,21 +44,10 @@ int32_t VxNetServiceImp::stop_live_room() {
     return kNotYetAvailable;
 }
 
-// slot 17
-int32_t VxNetServiceImp::sendChatMessage(const char* text) {
-    return -1;
-}
-
 // slot 20
 bool VxNetServiceImp::getRtmpAddressList(std::vector<PushAddress>& addresses) {
     return false;
 }
-
-// slot 24
-void VxNetServiceImp::getRoomRecord(RoomSummary& room) {}
-
-// slot 26
-void VxNetServiceImp::barrageLoginCall(int32_t giftId, int32_t kind, int32_t count) {}
 
 // slot 28
 int32_t VxNetServiceImp::sendPhoneCaptcha(const std::string& text, std::string& errorMessage) {
@@ -95,9 +74,6 @@ int32_t VxNetServiceImp::getWatermarkLocation() {
     logBanner("getWatermarkLocation");
     return kNotYetAvailable;
 }
-
-// slot 40
-void VxNetServiceImp::barrageCall() {}
 
 // slot 41
 int32_t VxNetServiceImp::classifyIsVoice(bool* isVoice, std::string& message) {
@@ -142,16 +118,6 @@ int32_t VxNetServiceImp::getClassifyInfo(std::vector<CategoryNode>& tree,
     return kNotYetAvailable;
 }
 
-// slot 49
-int32_t VxNetServiceImp::loadGiftTables() {
-    return 1;
-}
-
-// slot 50
-int32_t VxNetServiceImp::barrageCallConnected() {
-    return -1;
-}
-
 // slot 51
 int32_t VxNetServiceImp::submitGameInfoEx(const GameProcessInfo& game, std::string& message) {
     logBanner("submitGameInfoEx");
@@ -164,29 +130,11 @@ int32_t VxNetServiceImp::setGameTag(int32_t tid, std::string& message) {
     return kNotYetAvailable;
 }
 
-// slot 53
-int32_t VxNetServiceImp::getVipId() {
-    return 0;
-}
-
-// slot 54
-int32_t VxNetServiceImp::getAnchorLevel() {
-    return 0;
-}
-
-// slot 56
-int32_t VxNetServiceImp::sendRawMessage(const char* text) {
-    return -1;
-}
-
 // slot 57
 int32_t VxNetServiceImp::getLivingStatisticalInfo(LivingStatistics& statistics) {
     logBanner("getLivingStatisticalInfo");
     return kNotYetAvailable;
 }
-
-// slot 58
-void VxNetServiceImp::refreshRoomInfo() {}
 
 // slot 59
 int32_t VxNetServiceImp::getLiveTags(bool& hasTags, int32_t& hasIcon, std::string& tagGroupName,
@@ -218,9 +166,6 @@ int32_t VxNetServiceImp::createLiveRoom(int32_t tagId, int32_t id) {
     logBanner("createLiveRoom");
     return kNotYetAvailable;
 }
-
-// slot 67
-void VxNetServiceImp::getStoredList(std::vector<CategoryNode>& emotionWhiteList) {}
 
 // slot 69
 int32_t VxNetServiceImp::getCustomerServiceEntry(const std::string& appCode, std::string& remark,
@@ -254,11 +199,6 @@ int32_t VxNetServiceImp::getLoginAuthPorts(std::vector<int32_t>& ports) {
 int32_t VxNetServiceImp::getLoginAuthCode(const std::string& bizType, std::string& refererInCodeOut,
                                           int32_t& expire) {
     logBanner("getLoginAuthCode");
-    return kNotYetAvailable;
-}
-
-// slot 75
-int32_t VxNetServiceImp::barrageListCall(std::vector<std::string>& latestMessages) {
     return kNotYetAvailable;
 }
 
@@ -297,18 +237,7 @@ int32_t VxNetServiceImp::getAnchorHeadHoverInfo(AnchorCardUser& user, AnchorCard
     return kNotYetAvailable;
 }
 
-// slot 88
-int32_t VxNetServiceImp::getRoomState(bool& live, bool& showType) {
-    logBanner("getRoomState");
-    return kNotYetAvailable;
-}
-
 // slot 94
 IVxLiveRoomInfo* VxNetServiceImp::getLiveRoomInfo() {
     return nullptr;
-}
-// slot 93
-int32_t VxNetServiceImp::startBarrage() {
-    logBanner("startBarrage");
-    return kNotYetAvailable;
 }

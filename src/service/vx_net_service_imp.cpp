@@ -3,6 +3,7 @@
 #include <QDateTime>
 #include <QNetworkProxyFactory>
 
+#include "barrage/vx_room_client.h"
 #include "halyard/client_setup.h"
 #include "halyard/login_request.h"
 #include "net/easy_net_manager.h"
@@ -32,6 +33,7 @@ VxNetServiceImp::VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* brea
     QNetworkProxyFactory::setUseSystemConfiguration(false);
     timer_ = new QTimer(this);
     getServerTime(3000);
+    roomClient_ = new VxRoomClient(this, static_cast<IRoomListener*>(this));
     loginClient_ = new LoginRequest(this);
 }
 
@@ -44,6 +46,8 @@ VxNetServiceImp::~VxNetServiceImp() {
     }
     delete qtClient_;
     qtClient_ = nullptr;
+    delete roomClient_;
+    roomClient_ = nullptr;
     delete request_;
     request_ = nullptr;
     requestLog_.close();
@@ -75,6 +79,7 @@ void VxNetServiceImp::stop() {
     logBanner("stop");
     observer_.store(nullptr);
     qtClient_->stop();
+    roomClient_->logout();
 }
 
 // slot 13

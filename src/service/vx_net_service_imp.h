@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
@@ -12,6 +13,7 @@
 #include "net/endpoints.h"
 #include "net/param_list.h"
 #include "parse/data_parser.h"
+#include "room/server_address.h"
 #include "service/persistent_log_writer.h"
 #include "tolvane/i_liveencoder_net_service.h"
 #include "tolvane/i_room_listener.h"
@@ -22,6 +24,7 @@
 class EasyNetManager;
 class LoginRequest;
 class VxNetRequest;
+class VxRoomClient;
 struct LoginInfo;
 struct RemoteLoginInfo;
 
@@ -187,11 +190,28 @@ public:
     int32_t onLoginResult(int code, std::string& errorMessage, const LoginInfo& info,
                           const RemoteLoginInfo& remote, std::string& longTokenOut);
 
+    // --- Room information and barrage gateway (room/room_info.cpp, room/emotion_list.cpp) ---
+    // Barrage start-up up to the server list: the emotion list, the gateway's servers, then
+    // the room's own servers after them. Returns the room information's result; a failed
+    // gateway is left out on purpose.
+    int32_t collectBarrageServers(QList<ServerAddress>& servers);
+
 public Q_SLOTS:
     void sltInitServerTime();
 
 private:
+    int32_t requestRoomInfo(QByteArray& reply);
+    int32_t initRoomInfo(QList<ServerAddress>& servers);
+    int32_t getGatewayList(QList<ServerAddress>& servers);
+    int32_t requestEmotionSeiyClassifyList();
+    // Hook for the live room information store to copy the room information it needs.
+    void onRoomInfoLoaded();
+    // --- end of room information and barrage gateway ---
+
+private:
     static void logBanner(const char* operation);
+    // Logs the barrage client out and forgets the values it reported.
+    void logoutBarrage();
     using LibraryLoginCall =
         std::function<bool(int& code, QString& message, LoginInfo&, RemoteLoginInfo&)>;
     int32_t runLibraryLogin(const LibraryLoginCall& call, const char* errorUrl,
@@ -220,6 +240,7 @@ private:
     std::vector<PushAddress> pushAddresses_;
     std::string deviceId_ = "00_00_00_00_FF_FF";
     std::string clientVersion_ = "v1.0.0.0";
+    VxRoomClient* roomClient_ = nullptr;
     DataParser parser_;
     QTimer* timer_ = nullptr;
     tolvane::log::PersistentLogWriter requestLog_;
@@ -237,5 +258,5 @@ private:
     std::atomic<int32_t> keepAliveSecond_{0};
     std::atomic<int32_t> memberInfoValue_{0};
     std::atomic<int32_t> noticeValue_{0};
-    std::string fansBrand_;
+    std::string fansBrand_;  // written only while the barrage client's callbacks are registered
 };

@@ -1,8 +1,10 @@
 #include "platform/sim_platform.h"
 
+#include "barrage/barrage_server.h"
 #include "http/sim_builtin_routes.h"
 #include "platform/sim_content_service.h"
 #include "platform/sim_passport_service.h"
+#include "platform/sim_room_service.h"
 
 namespace tolvane::sim {
 
@@ -11,6 +13,7 @@ SimPlatform::SimPlatform(const QString& folder, SimEnvironment::Options options)
     addBuiltinRoutes(http().routes());
     addPassportRoutes(http(), state_);
     addContentRoutes(http(), state_);
+    addRoomRoutes(http(), state_);
 }
 
 SimPlatform::~SimPlatform() {
@@ -23,6 +26,23 @@ bool SimPlatform::start() {
 
 void SimPlatform::stop() {
     environment_.stop();
+}
+
+bool SimPlatform::startBarrageServers(int count) {
+    for (int i = 0; i < count; ++i) {
+        auto server = std::make_unique<::sim::BarrageServer>();
+        if (server->port() == 0) {
+            return false;
+        }
+        barrageServers_.push_back(std::move(server));
+    }
+    std::vector<SimServerAddress> addresses;
+    for (const auto& server : barrageServers_) {
+        addresses.push_back(SimServerAddress{::sim::BarrageServer::host(), server->port()});
+    }
+    state_.setGatewayServers(addresses);
+    state_.setRoomServers(std::move(addresses));
+    return true;
 }
 
 }  // namespace tolvane::sim

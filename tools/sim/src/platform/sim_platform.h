@@ -2,9 +2,14 @@
 
 #include <QString>
 #include <memory>
+#include <vector>
 
 #include "platform/sim_platform_state.h"
 #include "sim_environment.h"
+
+namespace sim {
+class BarrageServer;
+}  // namespace sim
 
 namespace tolvane::sim {
 
@@ -25,9 +30,18 @@ public:
     SimHttpServer& http() { return environment_.http(); }
     SimPlatformState& state() { return state_; }
 
+    // Starts `count` more barrage servers and names every running one in both the gateway
+    // list and the room list, so that either reply alone leads the client to a server.
+    // False when a server could not listen.
+    bool startBarrageServers(int count);
+    int barrageServerCount() const { return static_cast<int>(barrageServers_.size()); }
+    ::sim::BarrageServer& barrageServer(int index) { return *barrageServers_.at(index); }
+
 private:
     SimPlatformState state_;
     SimEnvironment environment_;
+    // Declared last so that the servers stop before the state their lists live in.
+    std::vector<std::unique_ptr<::sim::BarrageServer>> barrageServers_;
 };
 
 }  // namespace tolvane::sim

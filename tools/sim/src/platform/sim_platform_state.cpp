@@ -4,6 +4,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <random>
+#include <utility>
 
 namespace tolvane::sim {
 
@@ -234,6 +235,56 @@ std::optional<SimPlatformState::TimeFailure> SimPlatformState::takeTimestampFail
     }
     --timeFailuresLeft_;
     return timeFailure_;
+}
+
+void SimPlatformState::setLive(bool live) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    live_ = live;
+}
+
+bool SimPlatformState::live() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return live_;
+}
+
+void SimPlatformState::setShowType(int showType) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    showType_ = showType;
+}
+
+int SimPlatformState::showType() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return showType_;
+}
+
+void SimPlatformState::setGatewayServers(std::vector<SimServerAddress> servers) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    gatewayServers_ = std::move(servers);
+}
+
+std::vector<SimServerAddress> SimPlatformState::gatewayServers() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return gatewayServers_;
+}
+
+void SimPlatformState::setRoomServers(std::vector<SimServerAddress> servers) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    roomServers_ = std::move(servers);
+}
+
+std::vector<SimServerAddress> SimPlatformState::roomServers() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return roomServers_;
+}
+
+void SimPlatformState::setEmotionWhiteList(std::vector<int> cate2Ids) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    emotionWhiteList_ = std::move(cate2Ids);
+}
+
+std::vector<int> SimPlatformState::emotionWhiteList() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return emotionWhiteList_;
 }
 
 }  // namespace tolvane::sim

@@ -35,6 +35,12 @@ struct SimSession {
     int longTokenId = 0;
 };
 
+// One barrage server as the gateway and the room information hand it out.
+struct SimServerAddress {
+    std::string ip;
+    int port = 0;
+};
+
 // Everything the simulated platform remembers; shared by its services, safe to use from the
 // server threads and from tests at once.
 class SimPlatformState {
@@ -80,6 +86,22 @@ public:
     void failTimestamps(int count, TimeFailure kind = TimeFailure::NegativeTime);
     std::optional<TimeFailure> takeTimestampFailure();
 
+    // The room's live state as "my_room" reports it: show_status 1 when live, else 2.
+    void setLive(bool live);
+    bool live() const;
+    void setShowType(int showType);
+    int showType() const;
+
+    // Barrage servers named by the gateway ("iplist") and by the room information ("servers").
+    void setGatewayServers(std::vector<SimServerAddress> servers);
+    std::vector<SimServerAddress> gatewayServers() const;
+    void setRoomServers(std::vector<SimServerAddress> servers);
+    std::vector<SimServerAddress> roomServers() const;
+
+    // The cate2 ids of the emotion white list.
+    void setEmotionWhiteList(std::vector<int> cate2Ids);
+    std::vector<int> emotionWhiteList() const;
+
 private:
     mutable std::mutex mutex_;
     std::vector<SimAccount> accounts_;
@@ -92,6 +114,11 @@ private:
     int timeFailuresLeft_ = 0;
     TimeFailure timeFailure_ = TimeFailure::NegativeTime;
     uint64_t counter_ = 0;
+    bool live_ = false;
+    int showType_ = 0;
+    std::vector<SimServerAddress> gatewayServers_;
+    std::vector<SimServerAddress> roomServers_;
+    std::vector<int> emotionWhiteList_{201, 207, 311};
 };
 
 }  // namespace tolvane::sim

@@ -1,0 +1,142 @@
+// Received barrage messages per second: the whole client path (socket, frame, decode,
+// classify, BarrageMessage, listener, message log) against a plain read of the same byte
+// stream from the same kind of loopback socket.
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <QTemporaryDir>
+#include <asio.hpp>
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+
+#include "barrage/barrage_server.h"
+#include "barrage/barrage_texts.h"
+#include "barrage/vx_room_client.h"
+#include "tolvane/i_room_listener.h"
+#include "vxencoder/vx_frame.h"
+
+namespace {
+
+constexpr int kMessagesPerBatch = 50000;
+constexpr std::size_t kPayloadSize = 200;
+constexpr auto kBatchTimeout = std::chrono::seconds(60);
+
+// Chat messages padded to exactly kPayloadSize bytes, framed back to back.
+std::string buildStream(int count) {
+    std::string stream;
+    for (int i = 0; i < count; ++i) {
+        std::string text(10, 'x');
+        std::string payload = sim::BarrageTexts::chat(i, 4242, 2000 + i % 50, "viewer", text);
+        text.append(kPayloadSize - payload.size(), 'y');
+        payload = sim::BarrageTexts::chat(i, 4242, 2000 + i % 50, "viewer", text);
+        vxAppendFrame(payload, stream);
+    }
+    return stream;
+}
+
+class CountingListener : public IRoomListener {
+public:
+    std::atomic<int> chats{0};
+    std::atomic<int> loginReplies{0};
+    int32_t onRoomStatus(int32_t status) override {
+        loginReplies += status == 0 ? 1 : 0;
+        return 0;
+    }
+    int32_t onMemberInfoValue(int32_t) override { return 0; }
+    int32_t onFansBrand(const char*) override { return 0; }
+    int32_t onKeepAliveFirst(int32_t) override { return 0; }
+    int32_t onKeepAliveSecond(int32_t) override { return 0; }
+    int32_t onHostText(const char*) override { return 0; }
+    int32_t onShowEnd(int32_t, int32_t) override { return 0; }
+    int32_t onBarrageMessage(const BarrageMessage* message) override {
+        if (message->typeCode == 2) {
+            chats.fetch_add(1, std::memory_order_relaxed);
+        }
+        return 0;
+    }
+    int32_t onNoticeValue(int32_t) override { return 0; }
+};
+
+template <typename Condition>
+bool waitFor(Condition condition) {
+    const auto deadline = std::chrono::steady_clock::now() + kBatchTimeout;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
+    return true;
+}
+
+void BM_ClientReceivePath(benchmark::State& state) {
+    const std::string stream = buildStream(kMessagesPerBatch);
+    sim::BarrageServer server;
+    CountingListener listener;
+    VxRoomClient client(nullptr, &listener);
+    RoomLoginParams params;
+    params.roomId = 4242;
+    params.servers.push_back({sim::BarrageServer::host(), server.port()});
+    client.setLoginParams(params);
+    client.login();
+    if (!waitFor([&] { return listener.loginReplies.load() == 1; })) {
+        state.SkipWithError("no login reply");
+        return;
+    }
+    for (auto _ : state) {
+        const int target = listener.chats.load() + kMessagesPerBatch;
+        server.sendBytes(stream);
+        if (!waitFor([&] { return listener.chats.load() >= target; })) {
+            state.SkipWithError("messages went missing");
+            return;
+        }
+    }
+    state.SetItemsProcessed(state.iterations() * kMessagesPerBatch);
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(stream.size()));
+    client.logout();
+}
+
+void BM_PlainSocketRead(benchmark::State& state) {
+    const std::string stream = buildStream(kMessagesPerBatch);
+    sim::BarrageServer server;
+    asio::io_context io;
+    asio::ip::tcp::socket socket(io);
+    socket.connect({asio::ip::make_address(sim::BarrageServer::host()), server.port()});
+    socket.set_option(asio::ip::tcp::no_delay(true));
+    if (!server.waitUntil([](const auto& records) { return records.size() == 1; },
+                          std::chrono::seconds(5))) {
+        state.SkipWithError("no connection");
+        return;
+    }
+    std::vector<char> buffer(64 * 1024);
+    for (auto _ : state) {
+        server.sendBytes(stream);
+        std::size_t received = 0;
+        while (received < stream.size()) {
+            received += socket.read_some(asio::buffer(buffer));
+        }
+        benchmark::DoNotOptimize(buffer.data());
+    }
+    state.SetItemsProcessed(state.iterations() * kMessagesPerBatch);
+    state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(stream.size()));
+}
+
+BENCHMARK(BM_ClientReceivePath)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
+BENCHMARK(BM_PlainSocketRead)->Unit(benchmark::kMillisecond)->UseRealTime()->MinTime(2.0);
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    // Logs go to a throw-away folder, not the user's temporary location.
+    QTemporaryDir dir;
+    qputenv("TMPDIR", dir.path().toLocal8Bit());
+    qputenv("TOLVANE_DEFAULT_DATA", (dir.path() + "/default.data").toLocal8Bit());
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    benchmark::Shutdown();
+    return 0;
+}

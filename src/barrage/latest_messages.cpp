@@ -1,0 +1,66 @@
+#include "barrage/latest_messages.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tolvane::barrage {
+
+namespace {
+const char* const kWatchedTypes[] = {
+    "loginres",
+    "memberinfores",
+    "hide_status_change",
+    "dayrk",
+    "weekrk",
+    "totalrk",
+    "monthrk",
+    "olviplst",
+    "fansswrk",
+    "fansrk",
+    "ru",
+    "gbi",
+    "synfim",
+    "blst",
+    "wiru",
+};
+}  // namespace
+
+LatestMessages::LatestMessages() = default;
+
+std::mutex& LatestMessages::processMutex() {
+    static std::mutex mutex;
+    return mutex;
+}
+
+bool LatestMessages::isWatched(const std::string& typeName) {
+    return std::any_of(std::begin(kWatchedTypes), std::end(kWatchedTypes),
+                       [&](const char* watched) { return typeName == watched; });
+}
+
+void LatestMessages::record(const std::string& typeName, const std::string& rawText) {
+    if (!isWatched(typeName)) {
+        return;
+    }
+    std::lock_guard<std::mutex> lock(processMutex());
+    if (std::find(seenTypes_.begin(), seenTypes_.end(), typeName) == seenTypes_.end()) {
+        seenTypes_.push_back(typeName);
+    }
+    latest_[typeName] = rawText;
+}
+
+void LatestMessages::latest(std::vector<std::string>& out) {
+    out.clear();
+    // The reader takes the lock too: the writer runs on another thread.
+    std::lock_guard<std::mutex> lock(processMutex());
+    for (const std::string& typeName : seenTypes_) {
+        out.push_back(latest_[typeName]);
+    }
+}
+
+void LatestMessages::clear() {
+    std::lock_guard<std::mutex> lock(processMutex());
+    seenTypes_.clear();
+    latest_.clear();
+}
+
+}  // namespace tolvane::barrage

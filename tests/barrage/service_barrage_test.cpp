@@ -1,0 +1,187 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "barrage/barrage_server.h"
+#include "platform/sim_platform.h"
+#include "service/vx_net_service_imp.h"
+#include "support/log_reader.h"
+#include "support/scoped_env.h"
+#include "support/wait.h"
+
+namespace {
+
+using Records = std::vector<sim::BarrageConnectionRecord>;
+
+// The host's side: keeps what reaches it, from whichever thread.
+class RecordingObserver : public ServiceObserver {
+public:
+    void onRoomStatus(int32_t status) override {
+        std::lock_guard<std::mutex> lock(mutex_);
+        statuses_.push_back(status);
+    }
+    void onText(const std::string&) override {}
+    void onShowEnd(int32_t reason, float banHours) override {
+        std::lock_guard<std::mutex> lock(mutex_);
+        showEnds_.emplace_back(reason, banHours);
+    }
+    void onBarrageMessage(const BarrageMessage* message) override {
+        std::lock_guard<std::mutex> lock(mutex_);
+        types_.push_back(message->typeName);
+    }
+
+    std::vector<int32_t> statuses() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return statuses_;
+    }
+    std::vector<std::pair<int32_t, float>> showEnds() const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return showEnds_;
+    }
+    int countOfType(const std::string& type) const {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return static_cast<int>(std::count(types_.begin(), types_.end(), type));
+    }
+
+private:
+    mutable std::mutex mutex_;
+    std::vector<int32_t> statuses_;
+    std::vector<std::pair<int32_t, float>> showEnds_;
+    std::vector<std::string> types_;
+};
+
+class ServiceBarrage : public ::testing::Test {
+protected:
+    void SetUp() override {
+        sim_ = std::make_unique<tolvane::sim::SimPlatform>(workspace_.path());
+        ASSERT_TRUE(sim_->start());
+        ASSERT_TRUE(sim_->startBarrageServers(1));
+        service_ = std::make_unique<VxNetServiceImp>(&observer_, nullptr);
+    }
+    void TearDown() override {
+        service_.reset();
+        sim_.reset();
+    }
+
+    void login() {
+        std::string error, token;
+        ASSERT_EQ(service_->login("anchor", "secret123", error, token), 0) << error;
+    }
+    // Starts the barrage connection and waits for its login reply to reach the host.
+    void startAndWait() {
+        ASSERT_EQ(service_->startBarrage(), 0);
+        ASSERT_TRUE(waitUntil([&] { return !observer_.statuses().empty(); }, 5000));
+    }
+    sim::BarrageServer& server() { return sim_->barrageServer(0); }
+    Records records() { return server().connections(); }
+
+    IsolatedWorkspace workspace_;
+    RecordingObserver observer_;
+    std::unique_ptr<tolvane::sim::SimPlatform> sim_;
+    std::unique_ptr<VxNetServiceImp> service_;
+};
+
+TEST_F(ServiceBarrage, StartLogsInWithTheSessionAndReportsToTheHost) {
+    service_->setClientVersion("DE_AD_BE_EF_00_01", "v2.3.4.5");
+    service_->setBarrageProtocolNumber(777);
+    login();
+    startAndWait();
+    EXPECT_EQ(observer_.statuses(), std::vector<int32_t>{0});
+
+    ASSERT_TRUE(server().waitUntil(
+        [](const Records& r) { return r.size() == 1 && r[0].channelRequests.size() == 10; },
+        std::chrono::seconds(5)));
+    const sim::BarrageConnectionRecord record = records().front();
+    std::string token;
+    service_->getToken(token);
+    ShortTokenInfo session;
+    service_->getLoginInfo(session);
+    const std::vector<std::pair<std::string, std::string>> expected = {
+        {"ltx1", session.uid},
+        {"lnum", "777"},
+        {"ltx2", token},
+        {"ct", "13"},
+        {"rid", std::to_string(service_->getRoomId())},
+        {"lmode", "3"},
+        {"ptx", "DE_AD_BE_EF_00_01"},
+        {"pnum", "13"},
+        {"ptx2", "v2.3.4.5"},
+    };
+    for (const auto& [key, value] : expected) {
+        EXPECT_EQ(record.loginItem(key), value) << key;
+    }
+
+    // The answers to the channel requests and a keep-alive land in the service's values.
+    service_->barrageCall();
+    ASSERT_TRUE(waitUntil(
+        [&] { return service_->getSessionValueC() == 3 && service_->getOnlineCount() == 1200; }));
+    EXPECT_EQ(service_->getSessionValueA(), 5600);
+    ASSERT_TRUE(waitUntil([&] { return observer_.countOfType("monthrk") == 1; }));
+    std::vector<std::string> latest;
+    EXPECT_EQ(service_->barrageListCall(latest), 0);
+    EXPECT_EQ(latest.size(), 8u);
+}
+
+TEST_F(ServiceBarrage, ForwardedSlotsReachTheServerAndStopWorkingAfterLogout) {
+    login();
+    startAndWait();
+    EXPECT_EQ(service_->barrageCallConnected(), 0);
+    EXPECT_EQ(service_->sendChatMessage("hello"), 0);
+    EXPECT_FALSE(service_->sendBarrageText("room line"));
+    EXPECT_EQ(service_->sendRawMessage("type=get;msgtype=weekrk;"), 0);
+    service_->barrageLoginCall(501, 2, 3);
+    ASSERT_TRUE(server().waitUntil(
+        [](const Records& r) {
+            return !r.empty() && r[0].chats.size() == 1 && r[0].roomTexts.size() == 1 &&
+                   r[0].gifts.size() == 1 && r[0].channelRequests.size() == 11;
+        },
+        std::chrono::seconds(5)));
+    EXPECT_NE(records()[0].gifts[0].find("ga4=0;"), std::string::npos);
+
+    // Error 267 stops reconnecting but leaves the connection's object for the slots.
+    server().sendError(267);
+    ASSERT_TRUE(waitUntil([&] { return observer_.countOfType("error") == 1; }));
+    EXPECT_EQ(service_->sendChatMessage("still here"), 0);
+
+    service_->logout();
+    EXPECT_EQ(service_->barrageCallConnected(), -1);
+    EXPECT_EQ(service_->sendChatMessage("gone"), -1);
+    EXPECT_EQ(service_->sendRawMessage("type=x;"), -1);
+    EXPECT_EQ(service_->getOnlineCount(), 0);
+    EXPECT_EQ(service_->getSessionValueA(), 0);
+    EXPECT_EQ(service_->getSessionValueC(), 0);
+    std::vector<std::string> latest = {"stale"};
+    EXPECT_EQ(service_->barrageListCall(latest), 0);
+    EXPECT_TRUE(latest.empty());
+    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).contains("[msg] logout end."));
+}
+
+TEST_F(ServiceBarrage, WithoutARoomNothingConnects) {
+    // No session: the room information fails and its code comes back unchanged.
+    const int32_t result = service_->startBarrage();
+    EXPECT_NE(result, 0);
+    spinEvents(100);
+    EXPECT_TRUE(records().empty());
+    EXPECT_EQ(service_->barrageCallConnected(), -1);
+    EXPECT_EQ(service_->sendChatMessage("x"), -1);
+}
+
+TEST_F(ServiceBarrage, StopSilencesTheHostAndEndsTheConnection) {
+    login();
+    startAndWait();
+    server().sendShowEnd(3, 2.5);
+    ASSERT_TRUE(waitUntil([&] { return observer_.showEnds().size() == 1; }));
+    EXPECT_EQ(observer_.showEnds().front(), std::make_pair(1, 2.0f));
+
+    service_->stop();
+    EXPECT_EQ(service_->sendChatMessage("after stop"), -1);
+    server().sendShowEnd(1, 0);
+    spinEvents(1300);
+    EXPECT_EQ(observer_.showEnds().size(), 1u);
+    EXPECT_EQ(records().size(), 1u);  // no reconnect either
+}
+
+}  // namespace

@@ -1,0 +1,384 @@
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <algorithm>
+#include <atomic>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "barrage/barrage_server.h"
+#include "barrage/barrage_texts.h"
+#include "barrage/message_dispatch.h"
+#include "barrage/recording_listener.h"
+#include "barrage/vx_room_client.h"
+#include "halyard/danmu_mock_platform.h"
+#include "support/log_reader.h"
+#include "support/scoped_env.h"
+#include "support/wait.h"
+
+namespace {
+
+using State = RecordingListener::State;
+using Records = std::vector<sim::BarrageConnectionRecord>;
+
+BarrageServerAddr addressOf(const sim::BarrageServer& server) {
+    return {sim::BarrageServer::host(), server.port()};
+}
+
+size_t connectionCount(const sim::BarrageServer& server) {
+    return server.connections().size();
+}
+
+class RoomClientTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        DanmuMockPlatform::reload();
+        makeClient();
+    }
+    void TearDown() override {
+        client_.reset();
+        workspace_.writeDefaultData(kNowhereDefaultData);
+        DanmuMockPlatform::reload();
+    }
+
+    void makeClient() {
+        client_.reset();
+        listener_ = std::make_unique<RecordingListener>();
+        client_ = std::make_unique<VxRoomClient>(nullptr, listener_.get());
+        QObject::connect(client_.get(), &VxRoomClient::errorReceived,
+                         [this] { ++reconnectRequests_; });
+        reconnectRequests_ = 0;
+    }
+
+    RoomLoginParams paramsFor(const std::vector<const sim::BarrageServer*>& servers) const {
+        RoomLoginParams params;
+        params.roomId = 4242;
+        params.loginText1 = "90001";
+        params.loginNumber = 20180809;
+        params.loginText2 = "90001_13_short_13_7";
+        for (const sim::BarrageServer* server : servers) {
+            params.servers.push_back(addressOf(*server));
+        }
+        params.slot21Number = 13;
+        params.slot21Text = "v9.9.9.9";
+        params.slot5Text = "AA_BB_CC_DD_EE_FF";
+        return params;
+    }
+
+    // Logs in to the given servers and waits for the login reply's report.
+    void loginAndWait(const std::vector<const sim::BarrageServer*>& servers) {
+        client_->setLoginParams(paramsFor(servers));
+        client_->login();
+        ASSERT_TRUE(waitUntil([&] { return countOf(0) >= 1; }, 5000));
+    }
+
+    int countOf(int32_t status) const {
+        int count = 0;
+        for (int32_t s : listener_->state().statuses) {
+            count += s == status ? 1 : 0;
+        }
+        return count;
+    }
+
+    bool waitForType(const std::string& typeName, int count = 1, int timeoutMs = 5000) {
+        return waitUntil([&] { return listener_->state().countOfType(typeName) >= count; },
+                         timeoutMs);
+    }
+
+    IsolatedWorkspace workspace_;
+    std::unique_ptr<RecordingListener> listener_;
+    std::unique_ptr<VxRoomClient> client_;
+    std::atomic<int> reconnectRequests_{0};
+};
+
+TEST_F(RoomClientTest, LoginCarriesTheParametersAndTheReplyStartsChannelsAndSubscriptions) {
+    sim::BarrageServer server;
+    loginAndWait({&server});
+    ASSERT_TRUE(server.waitUntil(
+        [](const Records& r) {
+            return r.size() == 1 && r[0].channelRequests.size() == 10 &&
+                   r[0].subscriptions.size() == 9;
+        },
+        std::chrono::seconds(5)));
+
+    const sim::BarrageConnectionRecord record = server.connections().front();
+    const std::vector<std::pair<std::string, std::string>> expectedLogin = {
+        {"ltx1", "90001"},    {"lnum", "20180809"}, {"ltx2", "90001_13_short_13_7"}, {"ct", "13"},
+        {"rid", "4242"},      {"lmode", "3"},       {"ptx", "AA_BB_CC_DD_EE_FF"},    {"pnum", "13"},
+        {"ptx2", "v9.9.9.9"},
+    };
+    for (const auto& [key, value] : expectedLogin) {
+        EXPECT_EQ(record.loginItem(key), value) << key;
+    }
+    EXPECT_EQ(record.channelRequests,
+              std::vector<std::string>(std::begin(tolvane::barrage::kLoginChannelRequests),
+                                       std::end(tolvane::barrage::kLoginChannelRequests)));
+    EXPECT_EQ(record.channelRequests[0], "noble_num_info");
+    EXPECT_EQ(record.channelRequests[1], "noble_num_info");
+    // The repeater's login-reply callback subscribes to "olviplst" before the reply itself is
+    // dispatched; the reply then adds its eight.
+    std::vector<std::pair<bool, std::string>> expectedSubs = {{true, "olviplst"}};
+    for (const char* channel : tolvane::barrage::kLoginSubscriptions) {
+        expectedSubs.emplace_back(true, channel);
+    }
+    EXPECT_EQ(record.subscriptions, expectedSubs);
+    EXPECT_EQ(listener_->state().statuses, std::vector<int32_t>{0});
+    EXPECT_TRUE(client_->loggedIn());
+
+    // The server answers the requests: the notice value and the fans brand come back.
+    ASSERT_TRUE(waitUntil([&] {
+        const State s = listener_->state();
+        return s.notices.size() == 2 && s.fansBrands.size() == 1;
+    }));
+    EXPECT_EQ(listener_->state().fansBrands.front(), "sim brand");
+    EXPECT_EQ(listener_->state().notices, (std::vector<int32_t>{3, 3}));
+}
+
+struct MatrixCase {
+    int32_t code;
+    bool kickedFirst;
+    std::vector<int32_t> statuses;  // after the login's 0 (and the kick's 211)
+    bool reconnect;
+    bool loggedInAfter;
+    bool stoppedAfter;
+};
+
+TEST_F(RoomClientTest, ServerErrorsReportAndReconnectAsTheMatrixSays) {
+    const MatrixCase cases[] = {
+        {51, false, {213}, true, true, false},   {252, false, {213}, true, true, false},
+        {51, true, {213}, false, false, false},  {252, true, {213}, false, false, false},
+        {56, false, {230}, false, false, false}, {365, false, {230}, false, false, false},
+        {59, false, {211}, false, false, false}, {206, false, {212}, true, true, false},
+        {251, false, {212}, true, true, false},  {267, false, {}, false, true, true},
+        {60206, false, {}, false, true, false},  {300060206, false, {}, false, true, false},
+        {1000, false, {}, true, true, false},
+    };
+    for (const MatrixCase& c : cases) {
+        SCOPED_TRACE(testing::Message() << "code " << c.code << " kicked " << c.kickedFirst);
+        makeClient();
+        sim::BarrageServer server;
+        loginAndWait({&server});
+        int errorsSeen = 0;
+        std::vector<int32_t> expected = {0};
+        if (c.kickedFirst) {
+            server.sendError(59);
+            ASSERT_TRUE(waitForType("error", ++errorsSeen));
+            expected.push_back(211);
+            EXPECT_TRUE(client_->kicked());
+        }
+        spinEvents(20);
+        reconnectRequests_ = 0;
+
+        server.sendError(c.code);
+        ASSERT_TRUE(waitForType("error", ++errorsSeen));
+        spinEvents(30);  // lets the queued reconnect request through
+
+        expected.insert(expected.end(), c.statuses.begin(), c.statuses.end());
+        EXPECT_EQ(listener_->state().statuses, expected);
+        EXPECT_EQ(reconnectRequests_.load(), c.reconnect ? 1 : 0);
+        EXPECT_EQ(client_->reconnectPending(), c.reconnect);
+        EXPECT_EQ(client_->loggedIn(), c.loggedInAfter);
+        EXPECT_EQ(client_->stopped(), c.stoppedAfter);
+        EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
+                        .contains(QStringLiteral("[msg] error:%1.").arg(c.code)));
+    }
+}
+
+TEST_F(RoomClientTest, LoginReplyClearsTheKickedFlag) {
+    sim::BarrageServer server;
+    loginAndWait({&server});
+    server.sendError(59);
+    ASSERT_TRUE(waitForType("error"));
+    ASSERT_TRUE(client_->kicked());
+    client_->login();
+    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }));
+    EXPECT_FALSE(client_->kicked());
+}
+
+TEST_F(RoomClientTest, ServersAreTriedRoundRobinOneSecondApartAndTheIndexSurvivesLogout) {
+    sim::BarrageServer servers[3];
+    loginAndWait({&servers[0], &servers[1], &servers[2]});
+
+    // Each server in turn says something that only calls for a new connection.
+    const int order[] = {0, 1, 2, 0};
+    for (int step = 0; step + 1 < 4; ++step) {
+        sim::BarrageServer& current = servers[order[step]];
+        sim::BarrageServer& next = servers[order[step + 1]];
+        const size_t before = connectionCount(next);
+        QElapsedTimer clock;
+        clock.start();
+        current.sendError(1000);
+        ASSERT_TRUE(waitUntil([&] { return connectionCount(next) > before; }, 5000))
+            << "step " << step;
+        const qint64 elapsed = clock.elapsed();
+        EXPECT_GE(elapsed, 900) << "step " << step;
+        EXPECT_LE(elapsed, 2500) << "step " << step;
+        ASSERT_TRUE(waitUntil([&] { return countOf(0) == step + 2; }, 5000));
+    }
+    EXPECT_EQ(connectionCount(servers[0]), 2u);
+    EXPECT_EQ(connectionCount(servers[1]), 1u);
+    EXPECT_EQ(connectionCount(servers[2]), 1u);
+
+    client_->logout();
+    EXPECT_FALSE(client_->hasMessageClient());
+    client_->login();
+    ASSERT_TRUE(waitUntil([&] { return connectionCount(servers[1]) == 2; }));
+    EXPECT_EQ(connectionCount(servers[0]), 2u);
+}
+
+TEST_F(RoomClientTest, LogoutCancelsAPendingReconnectAndLaterErrorsArmNothing) {
+    sim::BarrageServer server;
+    loginAndWait({&server});
+    server.sendError(1000);
+    ASSERT_TRUE(waitUntil([&] { return client_->reconnectPending(); }));
+
+    client_->logout();
+    EXPECT_FALSE(client_->reconnectPending());
+    EXPECT_TRUE(client_->stopped());
+    Q_EMIT client_->errorReceived();
+    spinEvents(1300);
+    EXPECT_FALSE(client_->reconnectPending());
+    EXPECT_EQ(connectionCount(server), 1u);
+
+    const QStringList log = readLogMessages(tolvane::log::kMainLog);
+    const QStringList expected = {"[msg] logout begin.", "[msg] unRegist MessageCallback.",
+                                  "[msg] release Client.", "[msg] logout end."};
+    const int begin = log.indexOf(expected.front());
+    ASSERT_GE(begin, 0);
+    EXPECT_EQ(log.mid(begin, expected.size()), expected);
+}
+
+TEST_F(RoomClientTest, MockSwitchTakesEveryAttemptWhileTheIndexStillMoves) {
+    sim::BarrageServer mock;
+    sim::BarrageServer listed[3];
+    workspace_.writeDefaultData(QStringLiteral(R"({"danmu.mock": {"enabled": true, )"
+                                               R"("ip": "127.0.0.1", "port": %1}})")
+                                    .arg(mock.port())
+                                    .toUtf8());
+    DanmuMockPlatform::reload();
+    loginAndWait({&listed[0], &listed[1], &listed[2]});
+    mock.sendError(1000);
+    ASSERT_TRUE(waitUntil([&] { return connectionCount(mock) == 2; }, 5000));
+    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }));
+
+    // Two attempts went to the mock; the third listed server is next in line.
+    workspace_.writeDefaultData(kNowhereDefaultData);
+    DanmuMockPlatform::reload();
+    mock.sendError(1000);
+    ASSERT_TRUE(waitUntil([&] { return connectionCount(listed[2]) == 1; }, 5000));
+    EXPECT_EQ(connectionCount(listed[0]), 0u);
+    EXPECT_EQ(connectionCount(listed[1]), 0u);
+    EXPECT_EQ(connectionCount(mock), 2u);
+}
+
+TEST_F(RoomClientTest, EmptyServerListLogsAndStillCountsAsLoggedIn) {
+    client_->setLoginParams(paramsFor({}));
+    client_->login();
+    EXPECT_TRUE(client_->loggedIn());
+    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
+                    .contains(QStringLiteral("[msg] select server addr failed.")));
+}
+
+TEST_F(RoomClientTest, LatestWatchedMessagesKeepFirstSeenOrderAndTheLatestText) {
+    sim::BarrageServer server;
+    loginAndWait({&server});
+    // The answers to the login's channel requests; "noble_num_info" and "dfansrk" are not kept.
+    const std::vector<std::string> watchedAnswers = {"loginres", "fansrk", "fansswrk", "olviplst",
+                                                     "dayrk",    "weekrk", "totalrk",  "monthrk"};
+    ASSERT_TRUE(waitForType("monthrk"));
+    std::vector<std::string> latest;
+    client_->latestWatchedMessages(latest);
+    ASSERT_EQ(latest.size(), watchedAnswers.size());
+    for (size_t i = 0; i < latest.size(); ++i) {
+        EXPECT_EQ(latest[i].rfind("type=" + watchedAnswers[i] + ";", 0), 0u) << latest[i];
+    }
+
+    const std::string newDay = sim::BarrageTexts::ranking("dayrk", 900, 4242, {{7, "late", 1}});
+    server.sendText(newDay);
+    ASSERT_TRUE(waitForType("dayrk", 2));
+    // A member information reply is reported but not kept, although its type is watched.
+    EXPECT_EQ(client_->requestMemberInfo(), 0);
+    ASSERT_TRUE(
+        waitUntil([&] { return listener_->state().memberInfo == std::vector<int32_t>{88}; }));
+
+    client_->latestWatchedMessages(latest);
+    ASSERT_EQ(latest.size(), watchedAnswers.size());
+    EXPECT_EQ(latest[4], newDay);
+
+    client_->logout();
+    client_->latestWatchedMessages(latest);
+    EXPECT_TRUE(latest.empty());
+}
+
+TEST_F(RoomClientTest, ShowEndReasonsAreMappedAndUnknownOnesDropped) {
+    sim::BarrageServer server;
+    loginAndWait({&server});
+    const std::pair<int32_t, double> sent[] = {{1, 0}, {2, 24.9}, {3, 2.5}, {4, -1.5}, {5, 8}};
+    for (const auto& [reason, hours] : sent) {
+        server.sendShowEnd(reason, hours);
+    }
+    ASSERT_TRUE(waitForType("liveend", 5));
+    const std::vector<std::pair<int32_t, int32_t>> expected = {{0, 0}, {2, 24}, {1, 2}, {2, -1}};
+    EXPECT_EQ(listener_->state().showEnds, expected);
+    const QStringList log = readLogMessages(tolvane::log::kMainLog);
+    EXPECT_TRUE(log.contains(QStringLiteral("[msg] Show End reason:3 banour:2.5.")));
+    EXPECT_TRUE(log.contains(QStringLiteral("[msg] Show End reason:2 banour:24.9.")));
+    EXPECT_FALSE(log.filter(QStringLiteral("Show End reason:5")).size() > 0);
+}
+
+TEST_F(RoomClientTest, BrokenFramesAreDroppedWithALogLineAndTheClientComesBack) {
+    sim::BarrageServer server;
+    loginAndWait({&server});
+    server.sendText("this is not a barrage text");
+    ASSERT_TRUE(waitUntil([&] {
+        const State s = listener_->state();
+        return std::any_of(s.messages.begin(), s.messages.end(),
+                           [](const BarrageMessage& m) { return m.typeCode == -1; });
+    }));
+
+    server.sendMalformedFrame();
+    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }, 5000));
+    server.sendOversizedFrame();
+    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 3; }, 5000));
+
+    const QStringList log = readLogMessages(tolvane::log::kMainLog);
+    EXPECT_GE(log.filter(QRegularExpression(QStringLiteral("^\\[msg\\] error:1000[34]$"))).size(),
+              2);
+    EXPECT_EQ(connectionCount(server), 3u);
+}
+
+TEST_F(RoomClientTest, ForwardedOperationsNeedAClient) {
+    EXPECT_EQ(client_->sendChat("hi"), -1);
+    EXPECT_EQ(client_->sendRawMessage("type=x;"), -1);
+    EXPECT_EQ(client_->sendRoomText("x"), -1);
+    EXPECT_EQ(client_->loginState(), UINT32_MAX);
+    EXPECT_EQ(client_->requestMemberInfo(), -1);
+    EXPECT_EQ(client_->requestChannel("dayrk"), -1);
+
+    sim::BarrageServer server;
+    loginAndWait({&server});
+    EXPECT_EQ(client_->sendChat(nullptr), -1);
+    EXPECT_EQ(client_->sendChat("hello room"), 0);
+    EXPECT_EQ(client_->sendRoomText("room text"), 0);
+    EXPECT_EQ(client_->sendRawMessage("type=get;msgtype=weekrk;"), 0);
+    client_->sendGift(0, 501, 3);
+    ASSERT_TRUE(server.waitUntil(
+        [](const Records& r) {
+            return !r.empty() && r[0].chats.size() == 1 && r[0].roomTexts.size() == 1 &&
+                   r[0].gifts.size() == 1 && r[0].channelRequests.size() == 11;
+        },
+        std::chrono::seconds(5)));
+    const sim::BarrageConnectionRecord record = server.connections().front();
+    EXPECT_EQ(record.chats.front(), "hello room");
+    EXPECT_EQ(record.channelRequests.back(), "weekrk");
+    for (const char* item : {"ga1=1;", "ga2=4242;", "ga3=2;", "ga4=0;", "ga5=501;", "ga6=3;"}) {
+        EXPECT_NE(record.gifts.front().find(item), std::string::npos) << item;
+    }
+    EXPECT_EQ(client_->loginState(), 1u);
+    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
+                    .contains(QStringLiteral("[msg] chartMsg:hello room")));
+}
+
+}  // namespace

@@ -1,0 +1,231 @@
+#include <gtest/gtest.h>
+
+#include <QStringList>
+
+#include "parse/data_parser.h"
+#include "support/log_reader.h"
+#include "support/scoped_env.h"
+
+namespace {
+
+QString listText(const QList<ServerAddress>& servers) {
+    QStringList parts;
+    for (const ServerAddress& server : servers) {
+        parts << server.ip + QLatin1Char('|') + QString::number(server.port);
+    }
+    return parts.join(QLatin1Char(','));
+}
+
+QByteArray okReply(const char* data) {
+    return QByteArray(R"({"error":0,"data":)") + data + "}";
+}
+
+bool logHas(const QString& line) {
+    return readLogMessages(tolvane::log::kMainLog).contains(line);
+}
+
+bool logHasPrefix(const QString& prefix) {
+    for (const QString& line : readLogMessages(tolvane::log::kMainLog)) {
+        if (line.startsWith(prefix)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+TEST(RoomInfoParse, RoomServerEntries) {
+    IsolatedWorkspace workspace;
+    struct Case {
+        const char* servers;
+        const char* expected;  // appended after the entry already in the list
+        const char* logged;    // an "invalid IP" line, or nullptr
+    };
+    const Case cases[] = {
+        {R"("servers":[{"ip":" 10.0.0.1 ","port":"8601"}],)", "1.1.1.1|1,10.0.0.1|8601", nullptr},
+        {R"("servers":[{"ip":"10.0.0.2","port":8602}],)", "1.1.1.1|1,10.0.0.2|8602", nullptr},
+        {R"("servers":[{"ip":"abc","port":"8601"}],)", "1.1.1.1|1", "invalid IP:abc  port:8601"},
+        {R"("servers":[{"ip":"","port":"1"},{"ip":"10.0.0.3"},7,{"ip":"::1","port":"90"},
+                       {"ip":"10.0.0.4","port":"x"}],)",
+         "1.1.1.1|1,::1|90,10.0.0.4|0", nullptr},
+        {"", "1.1.1.1|1", nullptr},  // no "servers" at all
+    };
+    for (const Case& c : cases) {
+        DataParser parser;
+        QList<ServerAddress> servers{{QStringLiteral("1.1.1.1"), 1}};
+        std::string message;
+        const QByteArray reply = okReply((QByteArray("{") + c.servers + R"("room_id":5})").data());
+        EXPECT_EQ(parser.parseRoomInfoResult(reply, message, servers), 0) << c.servers;
+        EXPECT_EQ(listText(servers), QString::fromUtf8(c.expected)) << c.servers;
+        if (c.logged != nullptr) {
+            EXPECT_TRUE(logHas(QString::fromUtf8(c.logged))) << c.servers;
+        }
+    }
+}
+
+TEST(RoomInfoParse, RoomFieldsAndDefaults) {
+    IsolatedWorkspace workspace;
+    DataParser parser;
+    QList<ServerAddress> servers;
+    std::string message;
+    ASSERT_EQ(parser.parseRoomInfoResult(
+                  okReply(R"({"room_id":"880001","vipId":3,"anchor_level":{"level":"21"},
+                              "online":"1520","room_name":"夜场","game_name":"Chess",
+                              "child_name":"Blitz","owner_weight":"12.5t","cate_id":12})"),
+                  message, servers),
+              0);
+    RoomInfo room = parser.roomInfo();
+    EXPECT_EQ(room.roomId, 880001);
+    EXPECT_EQ(room.vipId, 3);
+    EXPECT_EQ(room.anchorLevel, 21);
+    EXPECT_EQ(room.online, 1520);
+    EXPECT_EQ(room.roomName, "夜场");
+    EXPECT_EQ(room.ownerWeight, "12.5t");
+    EXPECT_EQ(room.cateId, 12);
+
+    // Failures keep everything as it was.
+    struct Failure {
+        QByteArray reply;
+        int code;
+        std::string message;
+    };
+    const Failure failures[] = {
+        {R"({"error":0})", 1, "服务器数据异常"},
+        {R"({"error":0,"data":[]})", 1, "服务器数据异常"},
+        {R"({"error":606,"data":"登录已失效"})", 220, "登录已失效"},
+        {"<html>", DataParser::kReplyNotJson, ""},
+    };
+    for (const Failure& f : failures) {
+        message.clear();
+        EXPECT_EQ(parser.parseRoomInfoResult(f.reply, message, servers), f.code)
+            << f.reply.constData();
+        if (!f.message.empty()) {
+            EXPECT_EQ(message, f.message) << f.reply.constData();
+        }
+        EXPECT_EQ(parser.roomInfo().roomId, 880001) << f.reply.constData();
+    }
+
+    // A sparse reply resets every field but the anchor level; a bad level text reads as 0.
+    ASSERT_EQ(parser.parseRoomInfoResult(okReply("{}"), message, servers), 0);
+    room = parser.roomInfo();
+    EXPECT_EQ(room.roomId, -1);
+    EXPECT_EQ(room.vipId, 0);
+    EXPECT_EQ(room.anchorLevel, 21);
+    EXPECT_EQ(room.roomName, "");
+    EXPECT_EQ(room.cateId, 0);
+    ASSERT_EQ(parser.parseRoomInfoResult(okReply(R"({"anchor_level":{"level":"top"}})"), message,
+                                         servers),
+              0);
+    EXPECT_EQ(parser.roomInfo().anchorLevel, 0);
+    EXPECT_TRUE(servers.isEmpty());
+
+    parser.reset();
+    EXPECT_EQ(parser.roomInfo().roomId, -1);
+}
+
+TEST(RoomInfoParse, GatewayEntries) {
+    IsolatedWorkspace workspace;
+    struct Case {
+        const char* data;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {R"({"iplist":[{"ip":"10.0.0.1","port":0},{"ip":"10.0.0.2"},{"ip":"10.0.0.3","port":"8603"},
+                       {"ip":" 10.0.0.4 ","port":8604},{"ip":"","port":1},"x"]})",
+         "10.0.0.3|8603,10.0.0.4|8604"},
+        {R"({"iplist":[{"ip":"abc","port":8601},{"ip":"fe80::1","port":9}]})", "fe80::1|9"},
+        {"{}", ""},
+    };
+    for (const Case& c : cases) {
+        DataParser parser;
+        QList<ServerAddress> servers;
+        std::string message;
+        EXPECT_EQ(parser.parseGatewayResult(okReply(c.data), message, servers), 0) << c.data;
+        EXPECT_EQ(listText(servers), QString::fromUtf8(c.expected)) << c.data;
+    }
+    EXPECT_TRUE(logHas(QStringLiteral("invalid IP:abc  port:8601")));
+    // Entries without a usable port are dropped without naming them.
+    EXPECT_FALSE(logHasPrefix(QStringLiteral("invalid IP:10.0.0.1")));
+    EXPECT_FALSE(logHasPrefix(QStringLiteral("invalid IP:10.0.0.2")));
+
+    DataParser parser;
+    QList<ServerAddress> servers;
+    std::string message;
+    EXPECT_EQ(parser.parseGatewayResult(R"({"error":0})", message, servers), 1);
+    EXPECT_EQ(message, "服务器数据异常");
+    EXPECT_EQ(parser.parseGatewayResult(R"({"error":603,"data":"busy"})", message, servers), 214);
+    EXPECT_EQ(message, "busy");
+}
+
+TEST(RoomInfoParse, BroadcastingFlags) {
+    IsolatedWorkspace workspace;
+    struct Case {
+        const char* data;
+        bool live;
+        bool showType;
+    };
+    const Case cases[] = {
+        {R"({"show_status":"1","roomShowType":3})", true, true},
+        {R"({"show_status":1,"roomShowType":"3"})", true, true},
+        {R"({"show_status":"2","roomShowType":1})", false, false},
+        {R"({"roomShowType":3})", false, true},
+        {"{}", false, false},
+    };
+    DataParser parser;
+    for (const Case& c : cases) {
+        bool live = !c.live;
+        bool showType = !c.showType;
+        EXPECT_EQ(parser.parseIsRoomBroadcastingResult(okReply(c.data), live, showType), 0)
+            << c.data;
+        EXPECT_EQ(live, c.live) << c.data;
+        EXPECT_EQ(showType, c.showType) << c.data;
+    }
+    EXPECT_EQ(parser.roomInfo().roomId, -1);
+
+    bool live = true;
+    bool showType = true;
+    EXPECT_EQ(parser.parseIsRoomBroadcastingResult(R"({"error":0})", live, showType), 1);
+    EXPECT_EQ(parser.lastErrorMessage(), "服务器数据异常");
+    EXPECT_EQ(parser.parseIsRoomBroadcastingResult(R"({"error":606,"data":"x"})", live, showType),
+              220);
+    EXPECT_TRUE(live);
+    EXPECT_TRUE(showType);
+}
+
+TEST(EmotionListParse, WrappedAndBroken) {
+    IsolatedWorkspace workspace;
+    DataParser parser;
+    ASSERT_EQ(parser.parseEmotionSeiyClassifyList(
+                  R"(VXConfigCallback({"error":0,"data":{"white_cate2_list":[201,"x",311.0]}}))"),
+              0);
+    auto ids = [&parser] {
+        std::vector<int> out;
+        for (const CategoryNode& node : parser.emotionWhiteList()) {
+            out.push_back(node.id);
+            EXPECT_TRUE(node.name.empty());
+        }
+        return out;
+    };
+    EXPECT_EQ(ids(), (std::vector<int>{201, 0, 311}));
+
+    struct Broken {
+        QByteArray reply;
+        QString logged;
+    };
+    const Broken broken[] = {
+        {R"({"error":0,"data":{"white_cate2_list":[1]}})",
+         QStringLiteral("VXConfigCallback({}) data error!")},
+        {"cb(not json)", QStringLiteral("srcData: not json")},
+        {"cb([1,2])", QStringLiteral("parse data failed!")},
+    };
+    for (const Broken& b : broken) {
+        EXPECT_EQ(parser.parseEmotionSeiyClassifyList(b.reply), 1) << b.reply.constData();
+        EXPECT_TRUE(logHas(b.logged)) << b.reply.constData();
+        EXPECT_EQ(ids(), (std::vector<int>{201, 0, 311})) << b.reply.constData();
+    }
+
+    // A reply without the list empties it.
+    EXPECT_EQ(parser.parseEmotionSeiyClassifyList(R"(cb({"error":0,"data":{}}))"), 0);
+    EXPECT_TRUE(parser.emotionWhiteList().empty());
+}
+
+}  // namespace
