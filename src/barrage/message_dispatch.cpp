@@ -209,7 +209,7 @@ void VxRoomClient::handleMessage(const char* rawText) {
     if (listener_ != nullptr) {
         listener_->onBarrageMessage(&message);
     }
-    writeMessageLog(textOf(rawText));
+    messageLog_.writeUtf8(rawText);
 }
 
 void VxRoomClient::handleLoginReply(const char* rawText) {

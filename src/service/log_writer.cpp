@@ -64,8 +64,30 @@ QString logFilePath(const QString& logName) {
            logName;
 }
 
+QByteArray timePrefixUtf8() {
+    // Converting to local time reads the time-zone file each call; one conversion a second
+    // per thread is enough, because only the milliseconds change within it.
+    thread_local qint64 cachedSecond = -1;
+    thread_local QByteArray cachedHead;
+    const qint64 now = QDateTime::currentMSecsSinceEpoch();
+    const qint64 second = now / 1000;
+    if (second != cachedSecond) {
+        cachedHead = QDateTime::fromMSecsSinceEpoch(second * 1000)
+                         .toString(QStringLiteral("[HH:mm:ss."))
+                         .toLatin1();
+        cachedSecond = second;
+    }
+    const int millis = static_cast<int>(now % 1000);
+    QByteArray prefix = cachedHead;
+    prefix.append(static_cast<char>('0' + millis / 100));
+    prefix.append(static_cast<char>('0' + millis / 10 % 10));
+    prefix.append(static_cast<char>('0' + millis % 10));
+    prefix.append("] ");
+    return prefix;
+}
+
 QString timePrefix() {
-    return QDateTime::currentDateTime().toString(QStringLiteral("[HH:mm:ss.zzz] "));
+    return QString::fromLatin1(timePrefixUtf8());
 }
 
 void writeLine(const QString& logName, const QString& message) {

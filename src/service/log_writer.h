@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 
 // The module's log files: one per log name and day under the temporary location.
@@ -22,6 +23,7 @@ QString logFilePath(const QString& logName);
 
 // "[HH:mm:ss.zzz] " for now.
 QString timePrefix();
+QByteArray timePrefixUtf8();
 
 // Opens, appends one line, closes. Never reports a failure: the line is then lost.
 void writeLine(const QString& logName, const QString& message);

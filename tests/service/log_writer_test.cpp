@@ -115,6 +115,21 @@ TEST(PersistentLogWriter, OpenAppendsTwoEmptyLinesAfterOldContent) {
     EXPECT_EQ(messages[3].toStdString(), "get url: /api/v1/timestamp");
 }
 
+TEST(PersistentLogWriter, LinesReachTheFileOnEverySixthWriteAndOnClose) {
+    IsolatedWorkspace workspace;
+    PersistentLogWriter writer;
+    ASSERT_TRUE(writer.open(logFilePath(kMessageLog)));
+    const int expectedOnDisk[] = {2, 2, 2, 2, 2, 8, 8, 8, 8, 8, 8, 14};  // after writes 1..12
+    for (int i = 0; i < 12; ++i) {
+        writer.write(QStringLiteral("line %1").arg(i));
+        EXPECT_EQ(readLogMessages(kMessageLog).size(), expectedOnDisk[i])
+            << "after write " << i + 1;
+    }
+    writer.write(QStringLiteral("last"));
+    writer.close();
+    EXPECT_EQ(readLogMessages(kMessageLog).size(), 15);
+}
+
 TEST(PersistentLogWriter, ClosedWriterDropsLines) {
     IsolatedWorkspace workspace;
     PersistentLogWriter writer;

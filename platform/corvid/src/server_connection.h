@@ -62,7 +62,7 @@ private:
     asio::ip::tcp::resolver resolver_;
     asio::steady_timer deadline_;
     vxFrameReader reader_;
-    std::array<char, 16 * 1024> readBuffer_{};
+    std::array<char, 64 * 1024> readBuffer_{};
     std::deque<std::string> outbox_;
     bool writing_ = false;
     bool open_ = false;

@@ -215,12 +215,9 @@ void VxMessageClient::connectFailed(ServerConnection& connection, const std::err
 }
 
 void VxMessageClient::received(ServerConnection& connection, const std::string& payload) {
-    vxDecoder items;
+    // Only the type matters here; the module's decoder reads the rest.
     std::string type;
-    if (items.Parse(payload) && !items.Items().empty() &&
-        items.Items().front().key == vxwire::kType) {
-        type = items.Items().front().value;
-    }
+    vxDecoder::PeekFirst(payload, vxwire::kType, type);
     if (type == vxwire::kLoginReply) {
         if (!loggedIn_) {
             loggedIn_ = true;

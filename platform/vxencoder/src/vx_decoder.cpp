@@ -6,30 +6,43 @@
 #include "vx_escape.h"
 
 bool vxDecoder::Parse(std::string_view text) {
-    items_.clear();
-    std::vector<vxItem> items;
+    // Items are decoded in place, reusing the previous message's storage; a malformed text
+    // leaves no items at all.
+    std::size_t count = 0;
     std::size_t start = 0;
     while (start < text.size()) {
         const std::size_t end = text.find(vxescape::kEnd, start);
-        if (end == std::string_view::npos) {
-            return false;
-        }
-        const std::string_view item = text.substr(start, end - start);
+        const std::string_view item =
+            end == std::string_view::npos ? std::string_view() : text.substr(start, end - start);
         const std::size_t assign = item.find(vxescape::kAssign);
-        if (assign == std::string_view::npos || assign == 0 ||
+        if (end == std::string_view::npos || assign == std::string_view::npos || assign == 0 ||
             item.find(vxescape::kAssign, assign + 1) != std::string_view::npos) {
+            items_.clear();
             return false;
         }
-        vxItem decoded;
+        if (count == items_.size()) {
+            items_.emplace_back();
+        }
+        vxItem& decoded = items_[count++];
         if (!vxescape::unescape(item.substr(0, assign), decoded.key) ||
             !vxescape::unescape(item.substr(assign + 1), decoded.value)) {
+            items_.clear();
             return false;
         }
-        items.push_back(std::move(decoded));
         start = end + 1;
     }
-    items_ = std::move(items);
+    items_.resize(count);
     return true;
+}
+
+bool vxDecoder::PeekFirst(std::string_view text, std::string_view key, std::string& value) {
+    const std::size_t end = text.find(vxescape::kEnd);
+    if (end == std::string_view::npos || text.size() <= key.size() ||
+        text.compare(0, key.size(), key) != 0 || text[key.size()] != vxescape::kAssign) {
+        return false;
+    }
+    const std::string_view raw = text.substr(key.size() + 1, end - key.size() - 1);
+    return raw.find(vxescape::kAssign) == std::string_view::npos && vxescape::unescape(raw, value);
 }
 
 const std::string* vxDecoder::Find(std::string_view key) const {

@@ -39,6 +39,11 @@ char* escapeInto(std::string_view text, char* out) {
 }
 
 bool unescape(std::string_view text, std::string& out) {
+    // Most items carry no escape at all; copy them whole.
+    if (text.find(kEscape) == std::string_view::npos) {
+        out.assign(text.data(), text.size());
+        return true;
+    }
     out.clear();
     out.reserve(text.size());
     for (std::size_t i = 0; i < text.size(); ++i) {

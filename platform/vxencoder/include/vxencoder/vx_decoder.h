@@ -20,6 +20,10 @@ public:
 
     const std::vector<vxItem>& Items() const { return items_; }
 
+    // The value of the text's first item when its key is `key`, without decoding the rest;
+    // false when the first item is another key or malformed.
+    static bool PeekFirst(std::string_view text, std::string_view key, std::string& value);
+
     // The value of the first item with this key, or null.
     const std::string* Find(std::string_view key) const;
 
