@@ -190,14 +190,15 @@ public:
     int32_t onLoginResult(int code, std::string& errorMessage, const LoginInfo& info,
                           const RemoteLoginInfo& remote, std::string& longTokenOut);
 
+public Q_SLOTS:
+    void sltInitServerTime();
+
     // --- Room information and barrage gateway (room/room_info.cpp, room/emotion_list.cpp) ---
+public:
     // Barrage start-up up to the server list: the emotion list, the gateway's servers, then
     // the room's own servers after them. Returns the room information's result; a failed
     // gateway is left out on purpose.
     int32_t collectBarrageServers(QList<ServerAddress>& servers);
-
-public Q_SLOTS:
-    void sltInitServerTime();
 
 private:
     int32_t requestRoomInfo(QByteArray& reply);
