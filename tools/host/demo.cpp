@@ -1,9 +1,13 @@
 #include "demo.h"
 
+#include <QCoreApplication>
 #include <QDateTime>
+#include <QElapsedTimer>
 #include <QString>
 #include <QTemporaryDir>
+#include <QThread>
 
+#include "barrage/barrage_server.h"
 #include "platform/sim_platform.h"
 #include "printing_observer.h"
 
@@ -70,6 +74,43 @@ public:
              user.isOwnRoom ? QStringLiteral("yes") : QStringLiteral("no"));
         const qint64 offset = service_.getServerTime() - QDateTime::currentSecsSinceEpoch();
         step(QStringLiteral("server time offset"), QStringLiteral("%1 s").arg(offset));
+        followBarrage();
+    }
+
+    // Runs the event loop for a while, as a host's main loop would.
+    static void runEvents(int milliseconds) {
+        QElapsedTimer clock;
+        clock.start();
+        while (clock.elapsed() < milliseconds) {
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+            QThread::msleep(5);
+        }
+    }
+
+    void followBarrage() {
+        check(QStringLiteral("startBarrage"), service_.startBarrage());
+        RoomSummary room;
+        service_.getRoomRecord(room);
+        step(QStringLiteral("room"), QStringLiteral("%1 \"%2\" (%3 / %4)")
+                                         .arg(room.roomId)
+                                         .arg(QString::fromStdString(room.roomName))
+                                         .arg(QString::fromStdString(room.gameName))
+                                         .arg(QString::fromStdString(room.childName)));
+        step(QStringLiteral("room page"), QString::fromStdString(room.roomUrl));
+        step(QStringLiteral("anchor level / vip"),
+             QStringLiteral("%1 / %2").arg(service_.getAnchorLevel()).arg(service_.getVipId()));
+        out_ << "live feed for three seconds:" << Qt::endl;
+        for (int i = 0; i < sim_.barrageServerCount(); ++i) {
+            sim_.barrageServer(i).setGeneratorRate(12);
+        }
+        runEvents(3000);
+        for (int i = 0; i < sim_.barrageServerCount(); ++i) {
+            sim_.barrageServer(i).setGeneratorRate(0);
+        }
+        std::vector<std::string> latest;
+        service_.barrageListCall(latest);
+        step(QStringLiteral("online count"), QString::number(service_.getOnlineCount()));
+        step(QStringLiteral("latest watched kinds"), QString::number(latest.size()));
     }
 
     bool failed() const { return failed_; }
@@ -94,6 +135,10 @@ int runDemo(CreateNetServiceFunction createNetService, PrintingObserver& observe
     }
     // A platform clock that differs from ours shows the offset the module keeps.
     sim.state().setClockSkewSeconds(42);
+    if (!sim.startBarrageServers(2)) {
+        out << "cannot start the barrage servers" << Qt::endl;
+        return 1;
+    }
 
     ILiveencoderNetService* service = createNetService(&observer, &observer);
     if (service == nullptr) {
@@ -106,6 +151,9 @@ int runDemo(CreateNetServiceFunction createNetService, PrintingObserver& observe
     road.step(QStringLiteral("stop"), QStringLiteral("done"));
     service->release();
     road.step(QStringLiteral("release"), QStringLiteral("done"));
+    road.step(QStringLiteral("barrage messages received"),
+              QString::number(observer.messageCount()));
+    road.step(QStringLiteral("other updates"), observer.summary());
     road.step(QStringLiteral("breadcrumbs received"), QString::number(observer.breadcrumbCount()));
     return road.failed() ? 1 : 0;
 }

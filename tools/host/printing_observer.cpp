@@ -2,7 +2,10 @@
 
 #include <QMutexLocker>
 
+#include "vxencoder/vx_decoder.h"
+
 void PrintingObserver::onRoomStatus(int32_t status) {
+    lastStatus_ = status;
     QMutexLocker lock(&mutex_);
     out_ << "  [room] status " << status << Qt::endl;
 }
@@ -22,9 +25,28 @@ void PrintingObserver::onBarrageMessage(const BarrageMessage* message) {
     if (message == nullptr) {
         return;
     }
+    // The host reads the message's items with the platform's decoder, as a real host would.
+    vxDecoder items;
+    items.Parse(message->rawText);
+    auto item = [&items](const char* key) { return QString::fromStdString(items.GetText(key)); };
     QMutexLocker lock(&mutex_);
-    out_ << "  [barrage] " << QString::fromStdString(message->typeName) << ": "
-         << QString::fromStdString(message->rawText).left(120) << Qt::endl;
+    if (message->typeName == "chatmsg") {
+        out_ << "  [chat] " << item("nn") << ": " << item("txt") << Qt::endl;
+    } else if (message->typeName == "gift") {
+        out_ << "  [gift] user " << item("uid") << " sent gift " << item("gid") << " x"
+             << item("gc") << Qt::endl;
+    } else {
+        ++counted_[message->typeName];
+    }
+}
+
+QString PrintingObserver::summary() {
+    QMutexLocker lock(&mutex_);
+    QStringList parts;
+    for (const auto& [type, count] : counted_) {
+        parts << QStringLiteral("%1 %2").arg(QString::fromStdString(type)).arg(count);
+    }
+    return parts.join(QStringLiteral(", "));
 }
 
 void PrintingObserver::onBreadcrumb(const VxBreadcrumb<VxBreadcrumb_Http>& crumb) {

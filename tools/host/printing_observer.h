@@ -3,6 +3,8 @@
 #include <QMutex>
 #include <QTextStream>
 #include <atomic>
+#include <map>
+#include <string>
 
 #include "tolvane/breadcrumb.h"
 #include "tolvane/service_observer.h"
@@ -23,11 +25,16 @@ public:
     void setVerboseBreadcrumbs(bool verbose) { verboseBreadcrumbs_ = verbose; }
     int breadcrumbCount() const { return breadcrumbs_.load(); }
     int messageCount() const { return messages_.load(); }
+    int lastRoomStatus() const { return lastStatus_.load(); }
+    // Messages that were not printed as lines, counted by type, as "dayrk 3, weekrk 2".
+    QString summary();
 
 private:
     QTextStream& out_;
     QMutex mutex_;
     std::atomic<int> breadcrumbs_{0};
     std::atomic<int> messages_{0};
+    std::atomic<int> lastStatus_{-1};
+    std::map<std::string, int> counted_;  // guarded by mutex_
     bool verboseBreadcrumbs_ = false;
 };
