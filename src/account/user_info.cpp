@@ -25,18 +25,10 @@ void logFailedReply(const QUrl& url, const QByteArray& reply) {
 }  // namespace
 
 int DataParser::parseUserInfoResult(const QByteArray& bytes, std::string& errorMessage) {
-    writeParseBanner("parseUserInfoResult");
-    QJsonObject root;
-    const int code =
-        parseReplyEnvelope(bytes, root, QStringLiteral("error"), QStringLiteral("data"));
-    if (code != 0) {
-        errorMessage = lastErrorMessage();
-        return mapServerErrorCode(code);
-    }
     QJsonObject data;
-    if (!readObject(root, QStringLiteral("data"), data)) {
-        errorMessage = tolvane::kReplyDataErrorText;
-        return 1;
+    if (const int result = parseDataObject("parseUserInfoResult", bytes, data, &errorMessage);
+        result != 0) {
+        return result;
     }
     auto text = [&data](const char* key) {
         return readString(data, QLatin1String(key), QString()).toStdString();

@@ -235,18 +235,31 @@ int DataParser::parseCodeResult(int code) {
 }
 
 int DataParser::parseIntValue(const QByteArray& bytes, const QString& key, int& out) {
-    writeParseBanner("parseIntValue");
+    QJsonObject data;
+    const int result = parseDataObject("parseIntValue", bytes, data, nullptr);
+    if (result == 0) {
+        out = readInt(data, key, 0);
+    }
+    return result;
+}
+
+int DataParser::parseDataObject(const char* parserName, const QByteArray& bytes, QJsonObject& data,
+                                std::string* errorMessage) {
+    writeParseBanner(parserName);
     QJsonObject root;
     const int code =
         parseReplyEnvelope(bytes, root, QStringLiteral("error"), QStringLiteral("data"));
     if (code != 0) {
+        if (errorMessage != nullptr) {
+            *errorMessage = lastErrorMessage();
+        }
         return mapServerErrorCode(code);
     }
-    QJsonObject data;
     if (!readObject(root, QStringLiteral("data"), data)) {
+        (errorMessage != nullptr ? *errorMessage : state_.lastErrorMessage) =
+            tolvane::kReplyDataErrorText;
         return 1;
     }
-    out = readInt(data, key, 0);
     return 0;
 }
 

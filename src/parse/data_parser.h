@@ -67,6 +67,13 @@ public:
     // mapped code.
     int parseIntValue(const QByteArray& bytes, const QString& key, int& out);
 
+    // The common start of a parser whose reply carries a "data" object: banner, envelope check
+    // (message key "data") and the object. Returns 0 with `data` filled; else the mapped code
+    // with the envelope's message, or 1 with the data-error text, each copied into
+    // *errorMessage, or kept in the parser alone when that is null.
+    int parseDataObject(const char* parserName, const QByteArray& bytes, QJsonObject& data,
+                        std::string* errorMessage);
+
     // "call function: DataParser::<functionName> -----------------"
     static void writeParseBanner(const char* functionName);
 

@@ -28,18 +28,10 @@ std::string localText(const QJsonObject& object, const char* key) {
 
 int DataParser::parseRoomInfoResult(const QByteArray& bytes, std::string& errorMessage,
                                     QList<ServerAddress>& servers) {
-    writeParseBanner("parseRoomInfoResult");
-    QJsonObject root;
-    const int code =
-        parseReplyEnvelope(bytes, root, QStringLiteral("error"), QStringLiteral("data"));
-    if (code != 0) {
-        errorMessage = lastErrorMessage();
-        return mapServerErrorCode(code);
-    }
     QJsonObject data;
-    if (!readObject(root, QStringLiteral("data"), data)) {
-        errorMessage = tolvane::kReplyDataErrorText;
-        return 1;
+    if (const int result = parseDataObject("parseRoomInfoResult", bytes, data, &errorMessage);
+        result != 0) {
+        return result;
     }
 
     RoomInfo& room = state_.roomInfo;
@@ -82,18 +74,10 @@ int DataParser::parseRoomInfoResult(const QByteArray& bytes, std::string& errorM
 
 int DataParser::parseGatewayResult(const QByteArray& bytes, std::string& errorMessage,
                                    QList<ServerAddress>& servers) {
-    writeParseBanner("parseGatewayResult");
-    QJsonObject root;
-    const int code =
-        parseReplyEnvelope(bytes, root, QStringLiteral("error"), QStringLiteral("data"));
-    if (code != 0) {
-        errorMessage = lastErrorMessage();
-        return mapServerErrorCode(code);
-    }
     QJsonObject data;
-    if (!readObject(root, QStringLiteral("data"), data)) {
-        errorMessage = tolvane::kReplyDataErrorText;
-        return 1;
+    if (const int result = parseDataObject("parseGatewayResult", bytes, data, &errorMessage);
+        result != 0) {
+        return result;
     }
     QJsonArray list;
     if (!readArray(data, QStringLiteral("iplist"), list)) {
@@ -120,17 +104,10 @@ int DataParser::parseGatewayResult(const QByteArray& bytes, std::string& errorMe
 }
 
 int DataParser::parseIsRoomBroadcastingResult(const QByteArray& bytes, bool& live, bool& showType) {
-    writeParseBanner("parseIsRoomBroadcastingResult");
-    QJsonObject root;
-    const int code =
-        parseReplyEnvelope(bytes, root, QStringLiteral("error"), QStringLiteral("data"));
-    if (code != 0) {
-        return mapServerErrorCode(code);
-    }
     QJsonObject data;
-    if (!readObject(root, QStringLiteral("data"), data)) {
-        state_.lastErrorMessage = tolvane::kReplyDataErrorText;
-        return 1;
+    if (const int result = parseDataObject("parseIsRoomBroadcastingResult", bytes, data, nullptr);
+        result != 0) {
+        return result;
     }
     constexpr int kLive = 1;
     constexpr int kShowTypeFlagged = 3;
