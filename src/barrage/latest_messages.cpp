@@ -2,11 +2,12 @@
 
 #include <algorithm>
 #include <iterator>
+#include <string_view>
 
 namespace tolvane::barrage {
 
 namespace {
-const char* const kWatchedTypes[] = {
+constexpr std::string_view kWatchedTypes[] = {
     "loginres",
     "memberinfores",
     "hide_status_change",
@@ -33,8 +34,10 @@ std::mutex& LatestMessages::processMutex() {
 }
 
 bool LatestMessages::isWatched(const std::string& typeName) {
+    // Every received message asks, so the names are compared as views, without strlen.
+    const std::string_view name(typeName);
     return std::any_of(std::begin(kWatchedTypes), std::end(kWatchedTypes),
-                       [&](const char* watched) { return typeName == watched; });
+                       [name](std::string_view watched) { return name == watched; });
 }
 
 void LatestMessages::record(const std::string& typeName, const std::string& rawText) {

@@ -1,6 +1,8 @@
 #include "vx_message_decoder.h"
 
+#include <charconv>
 #include <cstring>
+#include <iterator>
 #include <limits>
 
 #include "corvid/message_codes.h"
@@ -20,6 +22,19 @@ bool VxMessageDecoder::parseAs(const char* message, std::string_view type) {
     const vxItem& first = items_.Items().front();
     return first.key == vxwire::kType && first.value == type;
 }
+
+namespace {
+
+// The first occurrence of a key counts, as in vxDecoder::Find; a value that is not a whole
+// 32-bit decimal number reads as zero.
+int32_t wholeInt32OrZero(const std::string& text) {
+    int32_t value = 0;
+    const char* last = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), last, value);
+    return result.ec == std::errc() && result.ptr == last ? value : 0;
+}
+
+}  // namespace
 
 int32_t VxMessageDecoder::intOrZero(std::string_view key) const {
     int32_t value = 0;
@@ -166,11 +181,26 @@ int32_t VxMessageDecoder::classify(const char* message, MessageHeader* header) {
         return kMessageTypeInvalid;
     }
     const std::string& type = items_.Items().front().value;
-    header->sequence = intOrZero(vxwire::kSequence);
-    header->roomId = intOrZero(vxwire::kRoomId);
-    header->userId = intOrZero(vxwire::kUserId);
-    header->timestamp = intOrZero(vxwire::kTimestamp);
-    header->level = intOrZero(vxwire::kLevel);
+    // One pass over the items: every message is classified, so this is the hot path.
+    struct HeaderField {
+        std::string_view key;
+        int32_t* field;
+    };
+    const HeaderField fields[] = {{vxwire::kSequence, &header->sequence},
+                                  {vxwire::kRoomId, &header->roomId},
+                                  {vxwire::kUserId, &header->userId},
+                                  {vxwire::kTimestamp, &header->timestamp},
+                                  {vxwire::kLevel, &header->level}};
+    unsigned found = 0;
+    for (const vxItem& item : items_.Items()) {
+        for (unsigned i = 0; i < std::size(fields); ++i) {
+            if ((found & (1u << i)) == 0 && item.key == fields[i].key) {
+                found |= 1u << i;
+                *fields[i].field = wholeInt32OrZero(item.value);
+                break;
+            }
+        }
+    }
     const std::size_t count = items_.Items().size();
     constexpr std::size_t kMax = std::numeric_limits<int32_t>::max();
     header->itemCount = static_cast<int32_t>(count < kMax ? count : kMax);
