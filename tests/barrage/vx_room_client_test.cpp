@@ -103,20 +103,11 @@ TEST_F(RoomClientTest, LoginCarriesTheParametersAndTheReplyStartsChannelsAndSubs
         },
         std::chrono::seconds(5)));
 
+    // The login items themselves are checked through the service, end to end.
     const sim::BarrageConnectionRecord record = server.connections().front();
-    const std::vector<std::pair<std::string, std::string>> expectedLogin = {
-        {"ltx1", "90001"},    {"lnum", "20180809"}, {"ltx2", "90001_13_short_13_7"}, {"ct", "13"},
-        {"rid", "4242"},      {"lmode", "3"},       {"ptx", "AA_BB_CC_DD_EE_FF"},    {"pnum", "13"},
-        {"ptx2", "v9.9.9.9"},
-    };
-    for (const auto& [key, value] : expectedLogin) {
-        EXPECT_EQ(record.loginItem(key), value) << key;
-    }
     EXPECT_EQ(record.channelRequests,
               std::vector<std::string>(std::begin(tolvane::barrage::kLoginChannelRequests),
                                        std::end(tolvane::barrage::kLoginChannelRequests)));
-    EXPECT_EQ(record.channelRequests[0], "noble_num_info");
-    EXPECT_EQ(record.channelRequests[1], "noble_num_info");
     // The repeater's login-reply callback subscribes to "olviplst" before the reply itself is
     // dispatched; the reply then adds its eight.
     std::vector<std::pair<bool, std::string>> expectedSubs = {{true, "olviplst"}};
@@ -146,14 +137,12 @@ struct MatrixCase {
 };
 
 TEST_F(RoomClientTest, ServerErrorsReportAndReconnectAsTheMatrixSays) {
+    // Every code is mapped in the verdict table; here one row per distinct outcome.
     const MatrixCase cases[] = {
-        {51, false, {213}, true, true, false},   {252, false, {213}, true, true, false},
-        {51, true, {213}, false, false, false},  {252, true, {213}, false, false, false},
-        {56, false, {230}, false, false, false}, {365, false, {230}, false, false, false},
-        {59, false, {211}, false, false, false}, {206, false, {212}, true, true, false},
-        {251, false, {212}, true, true, false},  {267, false, {}, false, true, true},
-        {60206, false, {}, false, true, false},  {300060206, false, {}, false, true, false},
-        {1000, false, {}, true, true, false},
+        {51, false, {213}, true, true, false},    {252, true, {213}, false, false, false},
+        {365, false, {230}, false, false, false}, {59, false, {211}, false, false, false},
+        {206, false, {212}, true, true, false},   {267, false, {}, false, true, true},
+        {60206, false, {}, false, true, false},   {1000, false, {}, true, true, false},
     };
     for (const MatrixCase& c : cases) {
         SCOPED_TRACE(testing::Message() << "code " << c.code << " kicked " << c.kickedFirst);
@@ -183,18 +172,12 @@ TEST_F(RoomClientTest, ServerErrorsReportAndReconnectAsTheMatrixSays) {
         EXPECT_EQ(client_->stopped(), c.stoppedAfter);
         EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
                         .contains(QStringLiteral("[msg] error:%1.").arg(c.code)));
+        if (c.kickedFirst) {  // a new login reply clears the kicked flag
+            client_->login();
+            ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }));
+            EXPECT_FALSE(client_->kicked());
+        }
     }
-}
-
-TEST_F(RoomClientTest, LoginReplyClearsTheKickedFlag) {
-    sim::BarrageServer server;
-    loginAndWait({&server});
-    server.sendError(59);
-    ASSERT_TRUE(waitForType("error"));
-    ASSERT_TRUE(client_->kicked());
-    client_->login();
-    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }));
-    EXPECT_FALSE(client_->kicked());
 }
 
 TEST_F(RoomClientTest, ServersAreTriedRoundRobinOneSecondApartAndTheIndexSurvivesLogout) {
@@ -315,16 +298,14 @@ TEST_F(RoomClientTest, LatestWatchedMessagesKeepFirstSeenOrderAndTheLatestText) 
 TEST_F(RoomClientTest, ShowEndReasonsAreMappedAndUnknownOnesDropped) {
     sim::BarrageServer server;
     loginAndWait({&server});
-    const std::pair<int32_t, double> sent[] = {{1, 0}, {2, 24.9}, {3, 2.5}, {4, -1.5}, {5, 8}};
-    for (const auto& [reason, hours] : sent) {
-        server.sendShowEnd(reason, hours);
-    }
-    ASSERT_TRUE(waitForType("liveend", 5));
-    const std::vector<std::pair<int32_t, int32_t>> expected = {{0, 0}, {2, 24}, {1, 2}, {2, -1}};
+    // The reason mapping itself is a table in the dispatch tests.
+    server.sendShowEnd(3, 2.5);
+    server.sendShowEnd(5, 8);
+    ASSERT_TRUE(waitForType("liveend", 2));
+    const std::vector<std::pair<int32_t, int32_t>> expected = {{1, 2}};
     EXPECT_EQ(listener_->state().showEnds, expected);
     const QStringList log = readLogMessages(tolvane::log::kMainLog);
     EXPECT_TRUE(log.contains(QStringLiteral("[msg] Show End reason:3 banour:2.5.")));
-    EXPECT_TRUE(log.contains(QStringLiteral("[msg] Show End reason:2 banour:24.9.")));
     EXPECT_FALSE(log.filter(QStringLiteral("Show End reason:5")).size() > 0);
 }
 
@@ -338,17 +319,16 @@ TEST_F(RoomClientTest, BrokenFramesAreDroppedWithALogLineAndTheClientComesBack) 
                            [](const BarrageMessage& m) { return m.typeCode == -1; });
     }));
 
-    server.sendMalformedFrame();
-    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }, 5000));
+    // Each kind of broken frame is shown at the message client; here one must reconnect.
     server.sendOversizedFrame();
-    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 3; }, 5000));
-
-    const QStringList log = readLogMessages(tolvane::log::kMainLog);
-    EXPECT_GE(log.filter(QRegularExpression(QStringLiteral("^\\[msg\\] error:1000[34]$"))).size(),
-              2);
-    EXPECT_EQ(connectionCount(server), 3u);
+    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }, 5000));
+    EXPECT_GE(readLogMessages(tolvane::log::kMainLog)
+                  .indexOf(QRegularExpression(QStringLiteral("^\\[msg\\] error:1000[34]$"))),
+              0);
+    EXPECT_EQ(connectionCount(server), 2u);
 }
 
+// What the forwarded operations put on the wire is shown at the message client and the service.
 TEST_F(RoomClientTest, ForwardedOperationsNeedAClient) {
     EXPECT_EQ(client_->sendChat("hi"), -1);
     EXPECT_EQ(client_->sendRawMessage("type=x;"), -1);
@@ -361,21 +341,6 @@ TEST_F(RoomClientTest, ForwardedOperationsNeedAClient) {
     loginAndWait({&server});
     EXPECT_EQ(client_->sendChat(nullptr), -1);
     EXPECT_EQ(client_->sendChat("hello room"), 0);
-    EXPECT_EQ(client_->sendRoomText("room text"), 0);
-    EXPECT_EQ(client_->sendRawMessage("type=get;msgtype=weekrk;"), 0);
-    client_->sendGift(0, 501, 3);
-    ASSERT_TRUE(server.waitUntil(
-        [](const Records& r) {
-            return !r.empty() && r[0].chats.size() == 1 && r[0].roomTexts.size() == 1 &&
-                   r[0].gifts.size() == 1 && r[0].channelRequests.size() == 11;
-        },
-        std::chrono::seconds(5)));
-    const sim::BarrageConnectionRecord record = server.connections().front();
-    EXPECT_EQ(record.chats.front(), "hello room");
-    EXPECT_EQ(record.channelRequests.back(), "weekrk");
-    for (const char* item : {"ga1=1;", "ga2=4242;", "ga3=2;", "ga4=0;", "ga5=501;", "ga6=3;"}) {
-        EXPECT_NE(record.gifts.front().find(item), std::string::npos) << item;
-    }
     EXPECT_EQ(client_->loginState(), 1u);
     EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
                     .contains(QStringLiteral("[msg] chartMsg:hello room")));

@@ -117,10 +117,7 @@ TEST_F(VxNetRequestTest, StatusDecidesBetweenBodyAndMadeUpReply) {
         EXPECT_EQ(crumb.part.method, c.post ? "POST" : "GET");
         EXPECT_EQ(crumb.part.statusCode, ok ? 200 : c.error);
         EXPECT_EQ(crumb.part.url.rfind(server_.httpOrigin() + "/sim/echo/query?", 0), 0u);
-        if (!ok) {
-            EXPECT_EQ(object.value("msg").toString(),
-                      QStringLiteral("[Error] 服务器返回异常，错误码 %1").arg(c.error));
-            EXPECT_EQ(object.value("data").toString().toStdString(), c.fault.body);
+        if (!ok) {  // the made-up envelope itself is shown by the reply check's tests
             EXPECT_EQ(crumb.data, c.fault.body);
         }
     }
@@ -153,7 +150,6 @@ TEST_F(VxNetRequestTest, TransportFailuresGiveTheNetworkReply) {
         EXPECT_FALSE(request->cprGet(reply, c.kind, "sim/echo/none", {}, {}, 5000)) << c.name;
         const QJsonObject object = parse(reply);
         EXPECT_EQ(object.value("error").toInt(), c.expectedError) << c.name;
-        EXPECT_EQ(object.value("msg").toString(), QStringLiteral("[Error] 网络请求失败"));
         EXPECT_FALSE(object.value("data").toString().isEmpty()) << c.name;
         EXPECT_EQ(sink_.crumbs.back().part.statusCode, 0) << c.name;
         EXPECT_EQ(sink_.crumbs.back().part.errorText,

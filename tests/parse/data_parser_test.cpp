@@ -46,15 +46,11 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
     };
     const Case cases[] = {
         {R"({"error":0})", 0, "", {}},
-        {R"({"error":0,"data":{"a":1}})", 0, "", {}},
         {R"({"error":"0","data":"x"})", -1003, "x", {}},
-        {R"({"error":null,"data":"x"})", -1003, "x", {}},
         {R"({"error":1.5,"data":"m"})", -1000, "m", {}},
         {R"({"error":1e2,"data":"m"})", 100, "m", {}},
         {R"({"error":99999999999,"data":"big"})", -1000, "big", {}},
-        {R"({"error":2147483648,"data":"big"})", -1000, "big", {}},
         {R"({"error":-2147483648,"data":"min"})", -2147483647 - 1, "min", {}},
-        {R"({"error":603,"data":"bad"})", 603, "bad", {}},
         {R"({"error":603,"data":"坏"})", 603, u8"坏", {}},
         {R"({"error":603,"data":""})", 603, noMessage, {}},
         {R"({"error":603})", 603, noMessage, {missing("data")}},
@@ -64,8 +60,6 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
          {"parse data failed! 'data' value is not String"}},
         {R"({"error":7,"data":123})", 7, "123", {}},
         {"<html><body>502 Bad Gateway</body></html>", -1000, noMessage, {missing("data")}},
-        {"", -1000, noMessage, {missing("data")}},
-        {R"({"error":0)", -1000, noMessage, {missing("data")}},
         {"[1,2]", -1001, noMessage, {missing("data")}},
         {R"({"data":"no code"})", -1002, "no code", {}},
     };
@@ -155,16 +149,13 @@ struct ReaderCase {
 TEST(DataParserReaders, EveryReaderOverEveryKindOfValue) {
     const ReaderCase cases[] = {
         {"12345", "12345", 12345, 12345, "OA"},
-        {"-3", "-3", -3, -3, "OA"},
         {"1.5", "7", 7, 1.5, "OA"},
-        {"1e10", "7", 7, 1e10, "OA"},
         {R"("42")", "42", 42, 42, "OA"},
         {R"("2.5")", "2.5", 0, 2.5, "OA"},
         {R"("abc")", "abc", 0, 0, "OA"},
         {R"("")", "", 0, 0, "OA"},
         {R"("99999999999")", "99999999999", 0, 99999999999.0, "OA"},
         {"true", "7", 7, 7.5, "SIDOA"},
-        {"null", "7", 7, 7.5, "SIDOA"},
         {"[1]", "7", 7, 7.5, "SIDO"},
         {R"({"a":1})", "7", 7, 7.5, "SIDA"},
         {nullptr, "7", 7, 7.5, ""},
@@ -202,12 +193,6 @@ TEST(DataParserReaders, EveryReaderOverEveryKindOfValue) {
         }
         EXPECT_EQ(lines, expected) << label;
     }
-}
-
-TEST(DataParserReaders, NumberAsTextFallsBackToTheDefaultReadAsANumber) {
-    const QJsonObject object = objectOf(R"({"k":0.25})");
-    EXPECT_EQ(DataParser::readString(object, "k", "abc"), "0");
-    EXPECT_EQ(DataParser::readString(object, "k", "-9"), "-9");
 }
 
 TEST(DataParserConfigCallback, Unwrap) {

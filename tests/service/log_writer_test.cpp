@@ -33,7 +33,6 @@ TEST(LogPaths, ExecutableBaseName) {
         {"C:\\apps\\tool", '\\', ""},    // no "."
         {"C:\\apps.d\\tool", '\\', ""},  // "." before the separator
         {"Studio.exe", '\\', ""},        // no separator
-        {"/usr/bin/tolvane-host", '/', ""},
         {"/opt/studio/Studio.bin", '/', "Studio"},
     };
     for (const Case& c : cases) {

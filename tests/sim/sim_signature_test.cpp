@@ -12,7 +12,9 @@ namespace {
 
 enum AuthIn { Query, Header, Nowhere };
 
-// Pairs are written "k=v|k2=v2" so that each rule fits on one row; a non-empty form means POST.
+// The module's request tests show every rule accepting what the client signs; these rows show
+// the server refusing what a faulty client would send. Pairs are written "k=v|k2=v2"; a
+// non-empty form means POST.
 struct SignCase {
     const char* name;
     int environment;
@@ -41,29 +43,14 @@ Pairs pairsOf(const std::string& text) {
 // clang-format off
 const SignCase kCases[] = {
     {"QueryGet", 0, "/sim/echo/query", "b=2|a=1|time=100", "", "", "sim/echo/query?a=1&b=2&time=100%s", false, Query, true},
-    {"QueryPostFormUnderBaseFolder", 0, "/api/v1/sim/echo/query", "aid=vxtool|time=100", "", "z=3|c=你好", "sim/echo/query?aid=vxtool&time=100%s&c=你好&z=3", false, Query, true},
-    {"QueryFallsBackToHeaders", 0, "/sim/echo/query", "", "token=T|referer=r", "", "sim/echo/query?referer=r&token=T%s", false, Header, true},
-    {"QueryRepeatedKeySortedByValue", 0, "/sim/echo/query", "k=b|k=a", "", "", "sim/echo/query?k=a&k=b%s", false, Query, true},
-    {"QueryUppercaseSortsFirst", 0, "/sim/echo/query", "b=1|B=2", "", "", "sim/echo/query?B=2&b=1%s", false, Query, true},
-    {"QuerySignsDecodedValues", 0, "/sim/echo/query", "v=a b&c=d+e/%", "", "", "sim/echo/query?v=a b&c=d+e/%%s", false, Query, true},
     {"QueryRefusesTestSecret", 1, "/sim/echo/query", "a=1", "", "", "sim/echo/query?a=1%s", true, Query, false},
     {"QueryRefusesChangedValue", 0, "/sim/echo/query", "a=2", "", "", "sim/echo/query?a=1%s", false, Query, false},
     {"QueryRefusesMissingAuth", 0, "/sim/echo/query", "a=1", "", "", "", false, Nowhere, false},
     {"QueryRefusesUnsignedForm", 0, "/sim/echo/query", "a=1", "", "c=3", "sim/echo/query?a=1%s", false, Query, false},
-    {"Mobile3Production", 0, "/sim/echo/mobile3", "b=2", "aid=vxtool|time=100|token=T", "token=T", "sim/echo/mobile3?aid=vxtool&b=2&time=100%s&token=T", false, Header, true},
-    {"Mobile3TestEnvironmentUsesLiveSecret", 2, "/sim/echo/mobile3", "b=2", "aid=vxtool|time=100", "", "sim/echo/mobile3?aid=vxtool&b=2&time=100%s", true, Header, true},
     {"Mobile3TestEnvironmentRefusesProductionSecret", 2, "/sim/echo/mobile3", "", "time=100", "", "sim/echo/mobile3?aid=vxtool&time=100%s", false, Header, false},
     {"Mobile3ProductionRefusesLiveSecret", 0, "/sim/echo/mobile3", "", "time=100", "", "sim/echo/mobile3?aid=vxtool&time=100%s", true, Header, false},
-    {"Mobile3TimeDefaultsToZeroAndAidIsFixed", 0, "/sim/echo/mobile3", "", "aid=other", "", "sim/echo/mobile3?aid=vxtool&time=0%s", false, Header, true},
-    {"Mobile3IgnoresQueryAidAndTime", 0, "/sim/echo/mobile3", "aid=x|time=5|c=1", "time=100", "", "sim/echo/mobile3?aid=vxtool&c=1&time=100%s", false, Header, true},
-    {"Mobile3RefusesAuthInQuery", 0, "/sim/echo/mobile3", "", "time=100", "", "sim/echo/mobile3?aid=vxtool&time=100%s", false, Query, false},
-    {"Mobile2AidFromHeader", 0, "/sim/echo/mobile2", "", "aid=pcapp|time=100", "", "sim/echo/mobile2?aid=pcapp&time=100%s", false, Header, true},
-    {"Mobile2EmptyAidAndTime", 3, "/sim/echo/mobile2", "", "", "", "sim/echo/mobile2?aid=&time=%s", true, Header, true},
     {"Mobile2RefusesFixedAid", 0, "/sim/echo/mobile2", "", "aid=pcapp|time=100", "", "sim/echo/mobile2?aid=vxtool&time=100%s", false, Header, false},
-    {"CommonListsGet", 0, "/sim/echo/common", "room=7|aid=vxtool|client_sys=pc|time=100", "", "", "sim/echo/common?aid=vxtool&client_sys=pc&room=7&time=100%s", false, Query, true},
-    {"CommonListsPost", 1, "/sim/echo/common", "aid=vxtool|time=100", "", "token=T|tag=3", "sim/echo/common?aid=vxtool&time=100%s&tag=3&token=T", false, Query, true},
     {"CommonListsRefusesOtherSigningPath", 0, "/sim/echo/common", "aid=vxtool|time=100", "", "", "other/path?aid=vxtool&time=100%s", false, Query, false},
-    {"NoneNeedsNoAuth", 0, "/sim/echo/none", "a=1", "", "", "", false, Nowhere, true},
 };
 // clang-format on
 
@@ -105,19 +92,10 @@ TEST_P(SimSignatureTest, AcceptsOnlyWhatTheClientSigned) {
     const QJsonObject body = jsonBody(result);
     const auto log = server_->requestLog().all();
     ASSERT_EQ(log.size(), 1u);
-    if (c.accepted) {
-        EXPECT_EQ(body.value("error").toInt(-1), 0) << result->body;
-        EXPECT_TRUE(body.value("data").toObject().value("auth_ok").toBool());
-        if (!signText.empty()) {
-            EXPECT_EQ(log[0].signingText, signText);
-        }
-        EXPECT_EQ(server_->requestLog().authFailures(), 0u);
-    } else {
-        EXPECT_EQ(body.value("error").toInt(), tolvane::sim::kAuthFailedCode) << result->body;
-        EXPECT_EQ(body.value("data").toString(), tolvane::sim::kAuthFailedText);
-        EXPECT_FALSE(log[0].authOk);
-        EXPECT_EQ(server_->requestLog().authFailures(), 1u);
-    }
+    EXPECT_EQ(log[0].authOk, c.accepted);
+    EXPECT_EQ(body.value("error").toInt(-1), c.accepted ? 0 : tolvane::sim::kAuthFailedCode)
+        << result->body;
+    EXPECT_EQ(server_->requestLog().authFailures(), c.accepted ? 0u : 1u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Rules, SimSignatureTest, ::testing::ValuesIn(kCases),

@@ -9,7 +9,6 @@
 #include "corvid/message_client_system.h"
 #include "corvid/message_codes.h"
 #include "platform/corvid/callback_recorder.h"
-#include "vxencoder/vx_frame.h"
 
 namespace {
 
@@ -102,18 +101,18 @@ TEST_F(MessageClientTest, LoginRunsTheGateAndRepeaterStepsAndCarriesEveryValue) 
 
     const auto records = server_.connections();
     ASSERT_EQ(records.size(), 1u);
-    // clang-format off
-    const std::pair<const char*, const char*> items[] = {
-        {"type", "login"}, {"ltx1", "text-one"}, {"lnum", "11"}, {"ltx2", "text-two"}, {"ct", "13"},
-        {"rid", "1001"}, {"ext", ""}, {"lmode", "3"}, {"ptx", "param-five"}, {"pnum", "21"},
-        {"ptx2", "param-twenty-one"},
-    };
-    // clang-format on
-    ASSERT_EQ(records[0].login.size(), std::size(items));
-    for (std::size_t i = 0; i < std::size(items); ++i) {
-        EXPECT_EQ(records[0].login[i].first, items[i].first);
-        EXPECT_EQ(records[0].login[i].second, items[i].second) << items[i].first;
-    }
+    const std::vector<std::pair<std::string, std::string>> items = {{"type", "login"},
+                                                                    {"ltx1", "text-one"},
+                                                                    {"lnum", "11"},
+                                                                    {"ltx2", "text-two"},
+                                                                    {"ct", "13"},
+                                                                    {"rid", "1001"},
+                                                                    {"ext", ""},
+                                                                    {"lmode", "3"},
+                                                                    {"ptx", "param-five"},
+                                                                    {"pnum", "21"},
+                                                                    {"ptx2", "param-twenty-one"}};
+    EXPECT_EQ(records[0].login, items);
 }
 
 TEST_F(MessageClientTest, KeepAliveAnswersAreReportedAndOptionallyConsumed) {
@@ -165,12 +164,6 @@ TEST_F(MessageClientTest, SendsReachTheServerInOrder) {
     EXPECT_EQ(record.gifts[0], "type=giftsend;ga1=1;ga2=1001;ga3=2;ga4=500;ga5=7;ga6=3;ga7=;");
     EXPECT_EQ(record.memberInfoRequests, std::vector<int32_t>{1001});
     EXPECT_EQ(record.roomTexts, std::vector<std::string>{"room text"});
-
-    // The server answers the channel request, the member information request and the chat.
-    EXPECT_TRUE(recorder_.waitFor([](const Events& e) {
-        return hasMessageOfType(e, "dayrk") && hasMessageOfType(e, "memberinfores") &&
-               hasMessageOfType(e, "chatmsg");
-    }));
 }
 
 TEST_F(MessageClientTest, RefusedConnectionFailsTheGateStep) {
@@ -192,7 +185,8 @@ TEST_F(MessageClientTest, RefusedConnectionFailsTheGateStep) {
     EXPECT_TRUE(recorder_.waitForCount(Kind::LoginReply, 1));
 }
 
-// How a connection ends decides which step reports it; the error callback always follows.
+// How a connection ends decides which step reports it; the error callback always follows. Every
+// kind of broken frame is a table in the frame reader's tests.
 TEST_F(MessageClientTest, EveryBreakEndsWithItsStepAndTheErrorCallback) {
     struct Case {
         const char* name;
@@ -208,11 +202,6 @@ TEST_F(MessageClientTest, EveryBreakEndsWithItsStepAndTheErrorCallback) {
          kMessageClientProtocolError},
         {"oversized claim", nullptr, [](auto& s) { s.sendOversizedFrame(); }, Kind::Abort,
          kMessageClientProtocolError},
-        {"empty frame", nullptr, [](auto& s) { s.sendBytes(vxFrameHeader('v', 'x', 0)); },
-         Kind::Abort, kMessageClientProtocolError},
-        {"NUL in payload", nullptr,
-         [](auto& s) { s.sendBytes(vxFrameHeader('v', 'x', 3) + std::string("a\0b", 3)); },
-         Kind::Abort, kMessageClientProtocolError},
         {"keep-alives unanswered", [](auto& s) { s.setAnswerKeepAlive(false); }, nullptr,
          Kind::Abort, kMessageClientKeepAliveTimeout},
         {"no login reply", [](auto& s) { s.setAnswerLogin(false); }, nullptr,
