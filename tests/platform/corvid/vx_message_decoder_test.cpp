@@ -79,16 +79,14 @@ TEST(VxMessageDecoder, ClassifiesByTypeNameAndFillsTheHeader) {
     EXPECT_EQ(decoder->classify("type=a;", nullptr), kMessageTypeInvalid);
 }
 
+// Keep-alive, notice, brand, error and show-end values are shown arriving end to end in the
+// barrage tests; these are the records and edges those tests do not reach.
 TEST(VxMessageDecoder, DecodesEachRecord) {
     auto decoder = makeDecoder();
-
     KeepAliveRecord keepAlive{};
     EXPECT_TRUE(
         decoder->decodeKeepAlive("type=keepalive;tick=3;online=1500;hot=-2;ts=9;", &keepAlive));
-    EXPECT_EQ(keepAlive.tick, 3);
-    EXPECT_EQ(keepAlive.online, 1500);
     EXPECT_EQ(keepAlive.hot, -2);
-    EXPECT_EQ(keepAlive.timestamp, 9);
 
     MemberInfoRecord member{};
     EXPECT_TRUE(decoder->decodeMemberInfoReply(encode({{"type", "memberinfores"},
@@ -99,7 +97,6 @@ TEST(VxMessageDecoder, DecodesEachRecord) {
                                                    .c_str(),
                                                &member));
     EXPECT_EQ(member.memberCount, 321);
-    EXPECT_EQ(member.roomId, 5);
     EXPECT_STREQ(member.roomName, "room");
     EXPECT_EQ(std::strlen(member.notice), sizeof member.notice - 1);
 
@@ -113,20 +110,8 @@ TEST(VxMessageDecoder, DecodesEachRecord) {
     EXPECT_EQ(login.keepAliveSeconds, 45);
     EXPECT_STREQ(login.session, "abc");
 
-    NoticeValueRecord notice{};
-    EXPECT_TRUE(decoder->decodeNoticeValue("type=noble_num_info;rid=1;num=66;", &notice));
-    EXPECT_EQ(notice.value, 66);
-
-    FansBrandRecord brand{};
-    EXPECT_TRUE(decoder->decodeFansBrand("type=fansrk;rid=4;bn=粉丝团;", &brand));
-    EXPECT_EQ(brand.roomId, 4);
-    EXPECT_STREQ(brand.brand, "粉丝团");
-
     int32_t reason = 0;
-    double hours = 0;
-    EXPECT_TRUE(decoder->decodeShowEnd("type=liveend;reason=3;bh=1.5;", &reason, &hours));
-    EXPECT_EQ(reason, 3);
-    EXPECT_DOUBLE_EQ(hours, 1.5);
+    double hours = 7;
     EXPECT_TRUE(decoder->decodeShowEnd("type=liveend;reason=1;", &reason, &hours));
     EXPECT_DOUBLE_EQ(hours, 0);
 }

@@ -51,17 +51,6 @@ TEST(VxFrame, ReassemblesWhateverTheChunking) {
     }
 }
 
-TEST(VxFrame, HoldsBackAPartialFrame) {
-    const std::string f = frame("type=keepalive;");
-    vxFrameReader reader;
-    std::vector<std::string> got;
-    EXPECT_EQ(reader.Feed(f.data(), f.size() - 1, got), Status::Ok);
-    EXPECT_TRUE(got.empty());
-    EXPECT_EQ(reader.pendingBytes(), f.size() - 1 - vxframe::kHeaderSize);
-    EXPECT_EQ(reader.Feed(f.data() + f.size() - 1, 1, got), Status::Ok);
-    EXPECT_EQ(got, std::vector<std::string>{"type=keepalive;"});
-}
-
 TEST(VxFrame, RefusesBrokenFramesForGood) {
     struct Case {
         const char* name;
