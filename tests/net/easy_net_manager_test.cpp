@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QHostAddress>
 #include <QJsonDocument>
@@ -12,13 +11,13 @@
 #include <QTimer>
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <thread>
 
 #include "http/sim_http_server.h"
 #include "net/easy_net_manager.h"
 #include "support/log_reader.h"
 #include "support/scoped_env.h"
+#include "support/wait.h"
 
 namespace {
 
@@ -45,23 +44,6 @@ public:
     }
     QUrl url(const QString& path) const { return QUrl(QString::fromStdString(origin()) + path); }
 };
-
-// Runs the event loop until the condition holds or the time is up.
-bool spinUntil(const std::function<bool()>& done, int timeoutMs) {
-    QTimer deadline;
-    deadline.setSingleShot(true);
-    deadline.start(timeoutMs);
-    QTimer tick;  // wakes the loop for conditions set on other threads
-    tick.start(10);
-    while (!done() && deadline.isActive()) {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    }
-    return done();
-}
-
-void spinFor(int ms) {
-    spinUntil([] { return false; }, ms);
-}
 
 QJsonObject envelope(const QByteArray& reply) {
     return QJsonDocument::fromJson(reply).object();
@@ -176,8 +158,8 @@ TEST_F(EasyNetManagerTest, AsyncHandlerRunsExactlyOnce) {
         HandlerProbe probe;
         client_.getAsync(request(c.path), &receiver, probe.handler(), c.timeoutMs);
         EXPECT_EQ(probe.calls.load(), 0);  // never from inside the call
-        ASSERT_TRUE(spinUntil([&] { return probe.calls.load() > 0; }, c.timeoutMs + 1000));
-        spinFor(200);  // room for a second completion that must not come
+        ASSERT_TRUE(waitUntil([&] { return probe.calls.load() > 0; }, c.timeoutMs + 1000));
+        spinEvents(200);  // room for a second completion that must not come
         EXPECT_EQ(probe.calls.load(), 1);
         EXPECT_EQ(probe.body, c.body);
         EXPECT_EQ(probe.thread, QThread::currentThread());
@@ -206,7 +188,7 @@ TEST_F(EasyNetManagerTest, AsyncHandlerNeverRunsWhenItsReceiverOrTheClientIsGone
         } else {
             receiver.reset();
         }
-        spinFor(200);
+        spinEvents(200);
         EXPECT_EQ(probe.calls.load(), 0);
     }
 }
@@ -223,7 +205,7 @@ TEST_F(EasyNetManagerTest, AsyncHandlerRunsOnTheReceiversThread) {
     receiver->moveToThread(&worker);
     HandlerProbe probe;
     client_.getAsync(request("/ok"), receiver, probe.handler(), 2000);
-    ASSERT_TRUE(spinUntil([&] { return probe.calls.load() > 0; }, 3000));
+    ASSERT_TRUE(waitUntil([&] { return probe.calls.load() > 0; }, 3000));
     worker.quit();
     worker.wait();
     EXPECT_EQ(probe.thread, &worker);

@@ -35,18 +35,11 @@ QJsonObject parse(const QByteArray& reply) {
 
 // The echo route whose signing rule matches the base-address kind.
 QString echoPathFor(int kind) {
-    switch (kind) {
-        case 6:
-            return QStringLiteral("sim/echo/mobile3");
-        case 10:
-            return QStringLiteral("sim/echo/mobile2");
-        case 8:
-        case 9:
-        case 11:
-            return QStringLiteral("sim/echo/none");
-        default:
-            return QStringLiteral("sim/echo/query");
-    }
+    const bool unsigned_ = kind == 8 || kind == 9 || kind == 11;
+    return kind == 6    ? "sim/echo/mobile3"
+           : kind == 10 ? "sim/echo/mobile2"
+           : unsigned_  ? "sim/echo/none"
+                        : "sim/echo/query";
 }
 
 // A 64-character label is refused by the C library's resolver before any query leaves the

@@ -24,15 +24,6 @@ bool logHas(const QString& line) {
     return readLogMessages(tolvane::log::kMainLog).contains(line);
 }
 
-bool logHasPrefix(const QString& prefix) {
-    for (const QString& line : readLogMessages(tolvane::log::kMainLog)) {
-        if (line.startsWith(prefix)) {
-            return true;
-        }
-    }
-    return false;
-}
-
 TEST(RoomInfoParse, RoomServerEntries) {
     IsolatedWorkspace workspace;
     struct Case {
@@ -142,8 +133,7 @@ TEST(RoomInfoParse, GatewayEntries) {
     }
     EXPECT_TRUE(logHas(QStringLiteral("invalid IP:abc  port:8601")));
     // Entries without a usable port are dropped without naming them.
-    EXPECT_FALSE(logHasPrefix(QStringLiteral("invalid IP:10.0.0.1")));
-    EXPECT_FALSE(logHasPrefix(QStringLiteral("invalid IP:10.0.0.2")));
+    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).filter("invalid IP:10.").isEmpty());
 }
 
 TEST(RoomInfoParse, BroadcastingFlags) {
