@@ -68,8 +68,7 @@ TEST(Endpoints, LookupEdges) {
     const Case cases[] = {
         {true, 2, 7, compiledBaseAddress(2, 0)}, {true, 2, -1, compiledBaseAddress(2, 0)},
         {false, 7, 7, compiledHost(7, 0)},       {false, 3, -1, compiledHost(3, 0)},
-        {true, 11, 3, ""}, {true, 12, 0, ""}, {true, 12, 2, ""}, {true, -1, 0, ""},
-        {false, 8, 0, ""}, {false, -1, 0, ""},
+        {true, 11, 3, ""}, {true, 12, 0, ""}, {true, -1, 0, ""}, {false, 8, 0, ""},
         // The PC client API is plain http in the base table, https in the host table.
         {true, 5, 0, "http://pc.tolvane.example/"}, {false, 3, 0, "https://pc.tolvane.example"},
     };

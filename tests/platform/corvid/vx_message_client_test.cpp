@@ -101,17 +101,12 @@ TEST_F(MessageClientTest, LoginRunsTheGateAndRepeaterStepsAndCarriesEveryValue) 
 
     const auto records = server_.connections();
     ASSERT_EQ(records.size(), 1u);
-    const std::vector<std::pair<std::string, std::string>> items = {{"type", "login"},
-                                                                    {"ltx1", "text-one"},
-                                                                    {"lnum", "11"},
-                                                                    {"ltx2", "text-two"},
-                                                                    {"ct", "13"},
-                                                                    {"rid", "1001"},
-                                                                    {"ext", ""},
-                                                                    {"lmode", "3"},
-                                                                    {"ptx", "param-five"},
-                                                                    {"pnum", "21"},
-                                                                    {"ptx2", "param-twenty-one"}};
+    // clang-format off
+    const std::vector<std::pair<std::string, std::string>> items = {
+        {"type", "login"}, {"ltx1", "text-one"}, {"lnum", "11"}, {"ltx2", "text-two"}, {"ct", "13"},
+        {"rid", "1001"}, {"ext", ""}, {"lmode", "3"}, {"ptx", "param-five"}, {"pnum", "21"},
+        {"ptx2", "param-twenty-one"}};
+    // clang-format on
     EXPECT_EQ(records[0].login, items);
 }
 
@@ -150,9 +145,8 @@ TEST_F(MessageClientTest, SendsReachTheServerInOrder) {
     EXPECT_FALSE(client_->sendChatMessage(nullptr));
     EXPECT_FALSE(client_->sendRawMessage(nullptr));
 
-    ASSERT_TRUE(
-        server_.waitUntil([](const auto& r) { return !r.empty() && r[0].roomTexts.size() == 1; },
-                          std::chrono::seconds(5)));
+    ASSERT_TRUE(server_.waitUntil([](const auto& r) { return !r.empty() && r[0].keepAlives == 1; },
+                                  std::chrono::seconds(5)));
     const auto record = server_.connections()[0];
     EXPECT_EQ(record.chats, std::vector<std::string>{"hello; world"});
     EXPECT_EQ(record.channelRequests, std::vector<std::string>{"dayrk"});
@@ -163,6 +157,7 @@ TEST_F(MessageClientTest, SendsReachTheServerInOrder) {
     EXPECT_EQ(record.gifts[0], "type=giftsend;ga1=1;ga2=1001;ga3=2;ga4=500;ga5=7;ga6=3;ga7=;");
     EXPECT_EQ(record.memberInfoRequests, std::vector<int32_t>{1001});
     EXPECT_EQ(record.roomTexts, std::vector<std::string>{"room text"});
+    EXPECT_EQ(record.keepAlives, 1);
 }
 
 TEST_F(MessageClientTest, RefusedConnectionFailsTheGateStep) {
