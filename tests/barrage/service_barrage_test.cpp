@@ -62,17 +62,12 @@ TEST_F(ServiceBarrage, StartLogsInWithTheSessionAndReportsToTheHost) {
     service_->getToken(token);
     ShortTokenInfo session;
     service_->getLoginInfo(session);
+    // clang-format off
     const std::vector<std::pair<std::string, std::string>> expected = {
-        {"ltx1", session.uid},
-        {"lnum", "777"},
-        {"ltx2", token},
-        {"ct", "13"},
-        {"rid", std::to_string(service_->getRoomId())},
-        {"lmode", "3"},
-        {"ptx", "DE_AD_BE_EF_00_01"},
-        {"pnum", "13"},
-        {"ptx2", "v2.3.4.5"},
-    };
+        {"ltx1", session.uid}, {"lnum", "777"}, {"ltx2", token}, {"ct", "13"},
+        {"rid", std::to_string(service_->getRoomId())}, {"lmode", "3"},
+        {"ptx", "DE_AD_BE_EF_00_01"}, {"pnum", "13"}, {"ptx2", "v2.3.4.5"}};
+    // clang-format on
     for (const auto& [key, value] : expected) {
         EXPECT_EQ(record.loginItem(key), value) << key;
     }

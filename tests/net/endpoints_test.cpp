@@ -78,7 +78,6 @@ TEST(Endpoints, LookupEdges) {
             c.base ? compiledBaseAddress(c.kind, c.env) : compiledHost(c.kind, c.env);
         EXPECT_EQ(actual, c.expected) << (c.base ? "base " : "host ") << c.kind << "/" << c.env;
     }
-    EXPECT_EQ(VxEndpoints().roomUrl(0, 42), compiledHost(1, 0).toStdString() + "/42");
 }
 
 TEST(Endpoints, OverridesPointAddressesElsewhere) {

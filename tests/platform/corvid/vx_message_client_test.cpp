@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <string>
@@ -26,12 +27,9 @@ MessageClientOptions fastOptions() {
 }
 
 bool hasMessageOfType(const Events& events, const std::string& type) {
-    for (const auto& e : events) {
-        if (e.kind == Kind::Message && e.text.rfind("type=" + type + ";", 0) == 0) {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(events.begin(), events.end(), [&](const auto& e) {
+        return e.kind == Kind::Message && e.text.rfind("type=" + type + ";", 0) == 0;
+    });
 }
 
 // A client of its own, logged in to the server, reporting to the recorder.

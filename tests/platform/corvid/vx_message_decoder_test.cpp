@@ -83,11 +83,6 @@ TEST(VxMessageDecoder, ClassifiesByTypeNameAndFillsTheHeader) {
 // barrage tests; these are the records and edges those tests do not reach.
 TEST(VxMessageDecoder, DecodesEachRecord) {
     auto decoder = makeDecoder();
-    KeepAliveRecord keepAlive{};
-    EXPECT_TRUE(
-        decoder->decodeKeepAlive("type=keepalive;tick=3;online=1500;hot=-2;ts=9;", &keepAlive));
-    EXPECT_EQ(keepAlive.hot, -2);
-
     MemberInfoRecord member{};
     EXPECT_TRUE(decoder->decodeMemberInfoReply(encode({{"type", "memberinfores"},
                                                        {"rid", "5"},
