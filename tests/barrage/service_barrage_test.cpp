@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -9,49 +8,13 @@
 #include "platform/sim_platform.h"
 #include "service/vx_net_service_imp.h"
 #include "support/log_reader.h"
+#include "support/recording_observer.h"
 #include "support/scoped_env.h"
 #include "support/wait.h"
 
 namespace {
 
 using Records = std::vector<sim::BarrageConnectionRecord>;
-
-// The host's side: keeps what reaches it, from whichever thread.
-class RecordingObserver : public ServiceObserver {
-public:
-    void onRoomStatus(int32_t status) override {
-        std::lock_guard<std::mutex> lock(mutex_);
-        statuses_.push_back(status);
-    }
-    void onText(const std::string&) override {}
-    void onShowEnd(int32_t reason, float banHours) override {
-        std::lock_guard<std::mutex> lock(mutex_);
-        showEnds_.emplace_back(reason, banHours);
-    }
-    void onBarrageMessage(const BarrageMessage* message) override {
-        std::lock_guard<std::mutex> lock(mutex_);
-        types_.push_back(message->typeName);
-    }
-
-    std::vector<int32_t> statuses() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return statuses_;
-    }
-    std::vector<std::pair<int32_t, float>> showEnds() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return showEnds_;
-    }
-    int countOfType(const std::string& type) const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return static_cast<int>(std::count(types_.begin(), types_.end(), type));
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::vector<int32_t> statuses_;
-    std::vector<std::pair<int32_t, float>> showEnds_;
-    std::vector<std::string> types_;
-};
 
 class ServiceBarrage : public ::testing::Test {
 protected:
@@ -73,7 +36,7 @@ protected:
     // Starts the barrage connection and waits for its login reply to reach the host.
     void startAndWait() {
         ASSERT_EQ(service_->startBarrage(), 0);
-        ASSERT_TRUE(waitUntil([&] { return !observer_.statuses().empty(); }, 5000));
+        ASSERT_TRUE(waitUntil([&] { return !observer_.events("status ").empty(); }, 5000));
     }
     sim::BarrageServer& server() { return sim_->barrageServer(0); }
     Records records() { return server().connections(); }
@@ -89,7 +52,7 @@ TEST_F(ServiceBarrage, StartLogsInWithTheSessionAndReportsToTheHost) {
     service_->setBarrageProtocolNumber(777);
     login();
     startAndWait();
-    EXPECT_EQ(observer_.statuses(), std::vector<int32_t>{0});
+    EXPECT_EQ(observer_.events("status "), std::vector<std::string>{"status 0"});
 
     ASSERT_TRUE(server().waitUntil(
         [](const Records& r) { return r.size() == 1 && r[0].channelRequests.size() == 10; },
@@ -99,17 +62,12 @@ TEST_F(ServiceBarrage, StartLogsInWithTheSessionAndReportsToTheHost) {
     service_->getToken(token);
     ShortTokenInfo session;
     service_->getLoginInfo(session);
+    // clang-format off
     const std::vector<std::pair<std::string, std::string>> expected = {
-        {"ltx1", session.uid},
-        {"lnum", "777"},
-        {"ltx2", token},
-        {"ct", "13"},
-        {"rid", std::to_string(service_->getRoomId())},
-        {"lmode", "3"},
-        {"ptx", "DE_AD_BE_EF_00_01"},
-        {"pnum", "13"},
-        {"ptx2", "v2.3.4.5"},
-    };
+        {"ltx1", session.uid}, {"lnum", "777"}, {"ltx2", token}, {"ct", "13"},
+        {"rid", std::to_string(service_->getRoomId())}, {"lmode", "3"},
+        {"ptx", "DE_AD_BE_EF_00_01"}, {"pnum", "13"}, {"ptx2", "v2.3.4.5"}};
+    // clang-format on
     for (const auto& [key, value] : expected) {
         EXPECT_EQ(record.loginItem(key), value) << key;
     }
@@ -119,7 +77,7 @@ TEST_F(ServiceBarrage, StartLogsInWithTheSessionAndReportsToTheHost) {
     ASSERT_TRUE(waitUntil(
         [&] { return service_->getSessionValueC() == 3 && service_->getOnlineCount() == 1200; }));
     EXPECT_EQ(service_->getSessionValueA(), 5600);
-    ASSERT_TRUE(waitUntil([&] { return observer_.countOfType("monthrk") == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return observer_.events("message monthrk").size() == 1; }));
     std::vector<std::string> latest;
     EXPECT_EQ(service_->barrageListCall(latest), 0);
     EXPECT_EQ(latest.size(), 8u);
@@ -143,7 +101,7 @@ TEST_F(ServiceBarrage, ForwardedSlotsReachTheServerAndStopWorkingAfterLogout) {
 
     // Error 267 stops reconnecting but leaves the connection's object for the slots.
     server().sendError(267);
-    ASSERT_TRUE(waitUntil([&] { return observer_.countOfType("error") == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return observer_.events("message error").size() == 1; }));
     EXPECT_EQ(service_->sendChatMessage("still here"), 0);
 
     service_->logout();
@@ -173,14 +131,14 @@ TEST_F(ServiceBarrage, StopSilencesTheHostAndEndsTheConnection) {
     login();
     startAndWait();
     server().sendShowEnd(3, 2.5);
-    ASSERT_TRUE(waitUntil([&] { return observer_.showEnds().size() == 1; }));
-    EXPECT_EQ(observer_.showEnds().front(), std::make_pair(1, 2.0f));
+    ASSERT_TRUE(waitUntil([&] { return !observer_.events("end ").empty(); }));
+    EXPECT_EQ(observer_.events("end "), std::vector<std::string>{"end 1 2.000000"});
 
     service_->stop();
     EXPECT_EQ(service_->sendChatMessage("after stop"), -1);
     server().sendShowEnd(1, 0);
     spinEvents(1300);
-    EXPECT_EQ(observer_.showEnds().size(), 1u);
+    EXPECT_EQ(observer_.events("end ").size(), 1u);
     EXPECT_EQ(records().size(), 1u);  // no reconnect either
 }
 

@@ -23,10 +23,6 @@ namespace {
 using State = RecordingListener::State;
 using Records = std::vector<sim::BarrageConnectionRecord>;
 
-BarrageServerAddr addressOf(const sim::BarrageServer& server) {
-    return {sim::BarrageServer::host(), server.port()};
-}
-
 size_t connectionCount(const sim::BarrageServer& server) {
     return server.connections().size();
 }
@@ -53,17 +49,13 @@ protected:
     }
 
     RoomLoginParams paramsFor(const std::vector<const sim::BarrageServer*>& servers) const {
+        // The other login items are checked through the service, end to end.
         RoomLoginParams params;
         params.roomId = 4242;
         params.loginText1 = "90001";
-        params.loginNumber = 20180809;
-        params.loginText2 = "90001_13_short_13_7";
         for (const sim::BarrageServer* server : servers) {
-            params.servers.push_back(addressOf(*server));
+            params.servers.push_back({sim::BarrageServer::host(), server->port()});
         }
-        params.slot21Number = 13;
-        params.slot21Text = "v9.9.9.9";
-        params.slot5Text = "AA_BB_CC_DD_EE_FF";
         return params;
     }
 
@@ -75,11 +67,8 @@ protected:
     }
 
     int countOf(int32_t status) const {
-        int count = 0;
-        for (int32_t s : listener_->state().statuses) {
-            count += s == status ? 1 : 0;
-        }
-        return count;
+        const std::vector<int32_t> statuses = listener_->state().statuses;
+        return static_cast<int>(std::count(statuses.begin(), statuses.end(), status));
     }
 
     bool waitForType(const std::string& typeName, int count = 1, int timeoutMs = 5000) {
@@ -104,19 +93,9 @@ TEST_F(RoomClientTest, LoginCarriesTheParametersAndTheReplyStartsChannelsAndSubs
         std::chrono::seconds(5)));
 
     const sim::BarrageConnectionRecord record = server.connections().front();
-    const std::vector<std::pair<std::string, std::string>> expectedLogin = {
-        {"ltx1", "90001"},    {"lnum", "20180809"}, {"ltx2", "90001_13_short_13_7"}, {"ct", "13"},
-        {"rid", "4242"},      {"lmode", "3"},       {"ptx", "AA_BB_CC_DD_EE_FF"},    {"pnum", "13"},
-        {"ptx2", "v9.9.9.9"},
-    };
-    for (const auto& [key, value] : expectedLogin) {
-        EXPECT_EQ(record.loginItem(key), value) << key;
-    }
     EXPECT_EQ(record.channelRequests,
               std::vector<std::string>(std::begin(tolvane::barrage::kLoginChannelRequests),
                                        std::end(tolvane::barrage::kLoginChannelRequests)));
-    EXPECT_EQ(record.channelRequests[0], "noble_num_info");
-    EXPECT_EQ(record.channelRequests[1], "noble_num_info");
     // The repeater's login-reply callback subscribes to "olviplst" before the reply itself is
     // dispatched; the reply then adds its eight.
     std::vector<std::pair<bool, std::string>> expectedSubs = {{true, "olviplst"}};
@@ -146,14 +125,12 @@ struct MatrixCase {
 };
 
 TEST_F(RoomClientTest, ServerErrorsReportAndReconnectAsTheMatrixSays) {
+    // Every code is mapped in the verdict table; here one row per distinct outcome.
     const MatrixCase cases[] = {
-        {51, false, {213}, true, true, false},   {252, false, {213}, true, true, false},
-        {51, true, {213}, false, false, false},  {252, true, {213}, false, false, false},
-        {56, false, {230}, false, false, false}, {365, false, {230}, false, false, false},
-        {59, false, {211}, false, false, false}, {206, false, {212}, true, true, false},
-        {251, false, {212}, true, true, false},  {267, false, {}, false, true, true},
-        {60206, false, {}, false, true, false},  {300060206, false, {}, false, true, false},
-        {1000, false, {}, true, true, false},
+        {51, false, {213}, true, true, false},    {252, true, {213}, false, false, false},
+        {365, false, {230}, false, false, false}, {59, false, {211}, false, false, false},
+        {206, false, {212}, true, true, false},   {267, false, {}, false, true, true},
+        {60206, false, {}, false, true, false},   {1000, false, {}, true, true, false},
     };
     for (const MatrixCase& c : cases) {
         SCOPED_TRACE(testing::Message() << "code " << c.code << " kicked " << c.kickedFirst);
@@ -183,18 +160,12 @@ TEST_F(RoomClientTest, ServerErrorsReportAndReconnectAsTheMatrixSays) {
         EXPECT_EQ(client_->stopped(), c.stoppedAfter);
         EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
                         .contains(QStringLiteral("[msg] error:%1.").arg(c.code)));
+        if (c.kickedFirst) {  // a new login reply clears the kicked flag
+            client_->login();
+            ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }));
+            EXPECT_FALSE(client_->kicked());
+        }
     }
-}
-
-TEST_F(RoomClientTest, LoginReplyClearsTheKickedFlag) {
-    sim::BarrageServer server;
-    loginAndWait({&server});
-    server.sendError(59);
-    ASSERT_TRUE(waitForType("error"));
-    ASSERT_TRUE(client_->kicked());
-    client_->login();
-    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }));
-    EXPECT_FALSE(client_->kicked());
 }
 
 TEST_F(RoomClientTest, ServersAreTriedRoundRobinOneSecondApartAndTheIndexSurvivesLogout) {
@@ -212,9 +183,7 @@ TEST_F(RoomClientTest, ServersAreTriedRoundRobinOneSecondApartAndTheIndexSurvive
         current.sendError(1000);
         ASSERT_TRUE(waitUntil([&] { return connectionCount(next) > before; }, 5000))
             << "step " << step;
-        const qint64 elapsed = clock.elapsed();
-        EXPECT_GE(elapsed, 900) << "step " << step;
-        EXPECT_LE(elapsed, 2500) << "step " << step;
+        EXPECT_TRUE(clock.elapsed() >= 900 && clock.elapsed() <= 2500) << clock.elapsed();
         ASSERT_TRUE(waitUntil([&] { return countOf(0) == step + 2; }, 5000));
     }
     EXPECT_EQ(connectionCount(servers[0]), 2u);
@@ -281,32 +250,25 @@ TEST_F(RoomClientTest, EmptyServerListLogsAndStillCountsAsLoggedIn) {
                     .contains(QStringLiteral("[msg] select server addr failed.")));
 }
 
-TEST_F(RoomClientTest, LatestWatchedMessagesKeepFirstSeenOrderAndTheLatestText) {
+// Order and replacement are shown on the store itself; here its feed and its reset.
+TEST_F(RoomClientTest, LatestWatchedMessagesHoldTheAnswersUntilLogout) {
     sim::BarrageServer server;
     loginAndWait({&server});
-    // The answers to the login's channel requests; "noble_num_info" and "dfansrk" are not kept.
-    const std::vector<std::string> watchedAnswers = {"loginres", "fansrk", "fansswrk", "olviplst",
-                                                     "dayrk",    "weekrk", "totalrk",  "monthrk"};
     ASSERT_TRUE(waitForType("monthrk"));
-    std::vector<std::string> latest;
-    client_->latestWatchedMessages(latest);
-    ASSERT_EQ(latest.size(), watchedAnswers.size());
-    for (size_t i = 0; i < latest.size(); ++i) {
-        EXPECT_EQ(latest[i].rfind("type=" + watchedAnswers[i] + ";", 0), 0u) << latest[i];
-    }
-
-    const std::string newDay = sim::BarrageTexts::ranking("dayrk", 900, 4242, {{7, "late", 1}});
-    server.sendText(newDay);
-    ASSERT_TRUE(waitForType("dayrk", 2));
     // A member information reply is reported but not kept, although its type is watched.
     EXPECT_EQ(client_->requestMemberInfo(), 0);
     ASSERT_TRUE(
         waitUntil([&] { return listener_->state().memberInfo == std::vector<int32_t>{88}; }));
-
+    std::vector<std::string> latest;
     client_->latestWatchedMessages(latest);
-    ASSERT_EQ(latest.size(), watchedAnswers.size());
-    EXPECT_EQ(latest[4], newDay);
-
+    std::vector<std::string> types;
+    for (const std::string& text : latest) {
+        types.push_back(text.substr(0, text.find(';')));
+    }
+    // The answers to the login's channel requests; "noble_num_info" and "dfansrk" are not kept.
+    EXPECT_EQ(types, (std::vector<std::string>{"type=loginres", "type=fansrk", "type=fansswrk",
+                                               "type=olviplst", "type=dayrk", "type=weekrk",
+                                               "type=totalrk", "type=monthrk"}));
     client_->logout();
     client_->latestWatchedMessages(latest);
     EXPECT_TRUE(latest.empty());
@@ -315,16 +277,14 @@ TEST_F(RoomClientTest, LatestWatchedMessagesKeepFirstSeenOrderAndTheLatestText) 
 TEST_F(RoomClientTest, ShowEndReasonsAreMappedAndUnknownOnesDropped) {
     sim::BarrageServer server;
     loginAndWait({&server});
-    const std::pair<int32_t, double> sent[] = {{1, 0}, {2, 24.9}, {3, 2.5}, {4, -1.5}, {5, 8}};
-    for (const auto& [reason, hours] : sent) {
-        server.sendShowEnd(reason, hours);
-    }
-    ASSERT_TRUE(waitForType("liveend", 5));
-    const std::vector<std::pair<int32_t, int32_t>> expected = {{0, 0}, {2, 24}, {1, 2}, {2, -1}};
+    // The reason mapping itself is a table in the dispatch tests.
+    server.sendShowEnd(3, 2.5);
+    server.sendShowEnd(5, 8);
+    ASSERT_TRUE(waitForType("liveend", 2));
+    const std::vector<std::pair<int32_t, int32_t>> expected = {{1, 2}};
     EXPECT_EQ(listener_->state().showEnds, expected);
     const QStringList log = readLogMessages(tolvane::log::kMainLog);
     EXPECT_TRUE(log.contains(QStringLiteral("[msg] Show End reason:3 banour:2.5.")));
-    EXPECT_TRUE(log.contains(QStringLiteral("[msg] Show End reason:2 banour:24.9.")));
     EXPECT_FALSE(log.filter(QStringLiteral("Show End reason:5")).size() > 0);
 }
 
@@ -338,17 +298,16 @@ TEST_F(RoomClientTest, BrokenFramesAreDroppedWithALogLineAndTheClientComesBack) 
                            [](const BarrageMessage& m) { return m.typeCode == -1; });
     }));
 
-    server.sendMalformedFrame();
-    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }, 5000));
+    // Each kind of broken frame is shown at the message client; here one must reconnect.
     server.sendOversizedFrame();
-    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 3; }, 5000));
-
-    const QStringList log = readLogMessages(tolvane::log::kMainLog);
-    EXPECT_GE(log.filter(QRegularExpression(QStringLiteral("^\\[msg\\] error:1000[34]$"))).size(),
-              2);
-    EXPECT_EQ(connectionCount(server), 3u);
+    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }, 5000));
+    EXPECT_GE(readLogMessages(tolvane::log::kMainLog)
+                  .indexOf(QRegularExpression(QStringLiteral("^\\[msg\\] error:1000[34]$"))),
+              0);
+    EXPECT_EQ(connectionCount(server), 2u);
 }
 
+// What the forwarded operations put on the wire is shown at the message client and the service.
 TEST_F(RoomClientTest, ForwardedOperationsNeedAClient) {
     EXPECT_EQ(client_->sendChat("hi"), -1);
     EXPECT_EQ(client_->sendRawMessage("type=x;"), -1);
@@ -359,23 +318,7 @@ TEST_F(RoomClientTest, ForwardedOperationsNeedAClient) {
 
     sim::BarrageServer server;
     loginAndWait({&server});
-    EXPECT_EQ(client_->sendChat(nullptr), -1);
     EXPECT_EQ(client_->sendChat("hello room"), 0);
-    EXPECT_EQ(client_->sendRoomText("room text"), 0);
-    EXPECT_EQ(client_->sendRawMessage("type=get;msgtype=weekrk;"), 0);
-    client_->sendGift(0, 501, 3);
-    ASSERT_TRUE(server.waitUntil(
-        [](const Records& r) {
-            return !r.empty() && r[0].chats.size() == 1 && r[0].roomTexts.size() == 1 &&
-                   r[0].gifts.size() == 1 && r[0].channelRequests.size() == 11;
-        },
-        std::chrono::seconds(5)));
-    const sim::BarrageConnectionRecord record = server.connections().front();
-    EXPECT_EQ(record.chats.front(), "hello room");
-    EXPECT_EQ(record.channelRequests.back(), "weekrk");
-    for (const char* item : {"ga1=1;", "ga2=4242;", "ga3=2;", "ga4=0;", "ga5=501;", "ga6=3;"}) {
-        EXPECT_NE(record.gifts.front().find(item), std::string::npos) << item;
-    }
     EXPECT_EQ(client_->loginState(), 1u);
     EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
                     .contains(QStringLiteral("[msg] chartMsg:hello room")));

@@ -31,23 +31,6 @@ TEST(ParamList, QueryTextSortsWithoutEncoding) {
     EXPECT_EQ(original.first().first, "b");  // the request keeps its own order
 }
 
-TEST(ParamList, EnsureKeyAndSetEmptyValue) {
-    ParamList list{{"token", "mine"}, {"time", ""}, {"time", ""}};
-    ensureKey(list, "token");
-    ensureKey(list, "aid");
-    EXPECT_EQ(list, (ParamList{{"token", "mine"}, {"time", ""}, {"time", ""}, {"aid", ""}}));
-
-    setEmptyValue(list, "token", "theirs");  // never overwritten
-    setEmptyValue(list, "time", "17");       // first pair only
-    setEmptyValue(list, "aid", "");          // an empty value changes nothing
-    setEmptyValue(list, "absent", "x");      // nor is a key added
-    EXPECT_EQ(list, (ParamList{{"token", "mine"}, {"time", "17"}, {"time", ""}, {"aid", ""}}));
-
-    ParamList filledFirst{{"k", "set"}, {"k", ""}};
-    setEmptyValue(filledFirst, "k", "v");
-    EXPECT_EQ(filledFirst, (ParamList{{"k", "set"}, {"k", ""}}));
-}
-
 TEST(ParamList, PlaceholdersByKind) {
     const CommonValues values{"vxtool", 1700, "1_2_s_3_4"};
     struct Case {

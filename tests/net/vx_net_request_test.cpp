@@ -35,18 +35,11 @@ QJsonObject parse(const QByteArray& reply) {
 
 // The echo route whose signing rule matches the base-address kind.
 QString echoPathFor(int kind) {
-    switch (kind) {
-        case 6:
-            return QStringLiteral("sim/echo/mobile3");
-        case 10:
-            return QStringLiteral("sim/echo/mobile2");
-        case 8:
-        case 9:
-        case 11:
-            return QStringLiteral("sim/echo/none");
-        default:
-            return QStringLiteral("sim/echo/query");
-    }
+    const bool unsigned_ = kind == 8 || kind == 9 || kind == 11;
+    return kind == 6    ? "sim/echo/mobile3"
+           : kind == 10 ? "sim/echo/mobile2"
+           : unsigned_  ? "sim/echo/none"
+                        : "sim/echo/query";
 }
 
 // A 64-character label is refused by the C library's resolver before any query leaves the
@@ -117,10 +110,7 @@ TEST_F(VxNetRequestTest, StatusDecidesBetweenBodyAndMadeUpReply) {
         EXPECT_EQ(crumb.part.method, c.post ? "POST" : "GET");
         EXPECT_EQ(crumb.part.statusCode, ok ? 200 : c.error);
         EXPECT_EQ(crumb.part.url.rfind(server_.httpOrigin() + "/sim/echo/query?", 0), 0u);
-        if (!ok) {
-            EXPECT_EQ(object.value("msg").toString(),
-                      QStringLiteral("[Error] 服务器返回异常，错误码 %1").arg(c.error));
-            EXPECT_EQ(object.value("data").toString().toStdString(), c.fault.body);
+        if (!ok) {  // the made-up envelope itself is shown by the reply check's tests
             EXPECT_EQ(crumb.data, c.fault.body);
         }
     }
@@ -153,7 +143,6 @@ TEST_F(VxNetRequestTest, TransportFailuresGiveTheNetworkReply) {
         EXPECT_FALSE(request->cprGet(reply, c.kind, "sim/echo/none", {}, {}, 5000)) << c.name;
         const QJsonObject object = parse(reply);
         EXPECT_EQ(object.value("error").toInt(), c.expectedError) << c.name;
-        EXPECT_EQ(object.value("msg").toString(), QStringLiteral("[Error] 网络请求失败"));
         EXPECT_FALSE(object.value("data").toString().isEmpty()) << c.name;
         EXPECT_EQ(sink_.crumbs.back().part.statusCode, 0) << c.name;
         EXPECT_EQ(sink_.crumbs.back().part.errorText,

@@ -46,15 +46,11 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
     };
     const Case cases[] = {
         {R"({"error":0})", 0, "", {}},
-        {R"({"error":0,"data":{"a":1}})", 0, "", {}},
         {R"({"error":"0","data":"x"})", -1003, "x", {}},
-        {R"({"error":null,"data":"x"})", -1003, "x", {}},
         {R"({"error":1.5,"data":"m"})", -1000, "m", {}},
         {R"({"error":1e2,"data":"m"})", 100, "m", {}},
         {R"({"error":99999999999,"data":"big"})", -1000, "big", {}},
-        {R"({"error":2147483648,"data":"big"})", -1000, "big", {}},
         {R"({"error":-2147483648,"data":"min"})", -2147483647 - 1, "min", {}},
-        {R"({"error":603,"data":"bad"})", 603, "bad", {}},
         {R"({"error":603,"data":"坏"})", 603, u8"坏", {}},
         {R"({"error":603,"data":""})", 603, noMessage, {}},
         {R"({"error":603})", 603, noMessage, {missing("data")}},
@@ -64,8 +60,6 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
          {"parse data failed! 'data' value is not String"}},
         {R"({"error":7,"data":123})", 7, "123", {}},
         {"<html><body>502 Bad Gateway</body></html>", -1000, noMessage, {missing("data")}},
-        {"", -1000, noMessage, {missing("data")}},
-        {R"({"error":0)", -1000, noMessage, {missing("data")}},
         {"[1,2]", -1001, noMessage, {missing("data")}},
         {R"({"data":"no code"})", -1002, "no code", {}},
     };
@@ -100,10 +94,6 @@ TEST(DataParserEnvelope, KeysAreArgumentsAndRootKeepsThePayload) {
     EXPECT_EQ(parser.parseReplyEnvelope(R"({"error":0,"data":{"n":3}})", root, "error", "data"), 0);
     EXPECT_EQ(parser.lastErrorMessage(), "");
     EXPECT_EQ(root.value("data").toObject().value("n").toInt(), 3);
-
-    parser.parseReplyEnvelope(R"({"error":603,"data":"bad"})", root, "error", "data");
-    parser.reset();
-    EXPECT_EQ(parser.lastErrorMessage(), "");
 }
 
 // Codes the table does not know pass through unchanged and leave a log line.
@@ -155,16 +145,13 @@ struct ReaderCase {
 TEST(DataParserReaders, EveryReaderOverEveryKindOfValue) {
     const ReaderCase cases[] = {
         {"12345", "12345", 12345, 12345, "OA"},
-        {"-3", "-3", -3, -3, "OA"},
         {"1.5", "7", 7, 1.5, "OA"},
-        {"1e10", "7", 7, 1e10, "OA"},
         {R"("42")", "42", 42, 42, "OA"},
         {R"("2.5")", "2.5", 0, 2.5, "OA"},
         {R"("abc")", "abc", 0, 0, "OA"},
         {R"("")", "", 0, 0, "OA"},
         {R"("99999999999")", "99999999999", 0, 99999999999.0, "OA"},
         {"true", "7", 7, 7.5, "SIDOA"},
-        {"null", "7", 7, 7.5, "SIDOA"},
         {"[1]", "7", 7, 7.5, "SIDO"},
         {R"({"a":1})", "7", 7, 7.5, "SIDA"},
         {nullptr, "7", 7, 7.5, ""},
@@ -204,12 +191,6 @@ TEST(DataParserReaders, EveryReaderOverEveryKindOfValue) {
     }
 }
 
-TEST(DataParserReaders, NumberAsTextFallsBackToTheDefaultReadAsANumber) {
-    const QJsonObject object = objectOf(R"({"k":0.25})");
-    EXPECT_EQ(DataParser::readString(object, "k", "abc"), "0");
-    EXPECT_EQ(DataParser::readString(object, "k", "-9"), "-9");
-}
-
 TEST(DataParserConfigCallback, Unwrap) {
     struct Case {
         const char* body;
@@ -245,9 +226,7 @@ TEST(DataParserCodeResult, ThreeForms) {
               215);
     EXPECT_EQ(parser.parseCodeResult(R"({"error":5,"result":0})", "result", "data"), 0);
     EXPECT_EQ(parser.parseCodeResult(R"({"error":0,"msg":""})", "result", "msg"), -1002);
-    EXPECT_EQ(DataParser::parseCodeResult(0), 0);
     EXPECT_EQ(DataParser::parseCodeResult(130014), 228);
-    EXPECT_EQ(DataParser::parseCodeResult(215), 215);
 
     const char* body = R"({"error":"0","data":"x"})";
     const Lines lines = loggedBy([&] { EXPECT_EQ(parser.parseCodeResult(body), -1003); });
@@ -268,7 +247,6 @@ TEST(DataParserIntValue, Cases) {
         {R"({"error":0,"data":{"count":"12"}})", 0, 12, {}},
         {R"({"error":0,"data":{}})", 0, 0, {missing("count")}},
         {R"({"error":0,"data":[1]})", 1, -7, {"parse data failed! 'data' value is not Object"}},
-        {R"({"error":0,"data":"12"})", 1, -7, {"parse data failed! 'data' value is not Object"}},
         {R"({"error":0})", 1, -7, {missing("data")}},
         {R"({"error":603,"data":"x"})",
          214,

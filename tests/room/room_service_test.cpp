@@ -104,19 +104,6 @@ TEST_F(RoomService, FailedGatewayLeavesTheRoomServers) {
     EXPECT_EQ(service().collectBarrageServers(servers), 220);
 }
 
-TEST_F(RoomService, StartedBarrageServersAreNamedByBothReplies) {
-    ASSERT_TRUE(sim().startBarrageServers(2));
-    ASSERT_EQ(sim().barrageServerCount(), 2);
-    login();
-    QList<ServerAddress> servers;
-    ASSERT_EQ(service().collectBarrageServers(servers), 0);
-    ASSERT_EQ(servers.size(), 4);
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(servers[i].ip, "127.0.0.1");
-        EXPECT_EQ(servers[i].port, sim().barrageServer(i % 2).port());
-    }
-}
-
 TEST_F(RoomService, RoomStateFlags) {
     login();
     struct Case {

@@ -18,12 +18,9 @@ TEST(Environment, ReadFromDefaultData) {
         {R"({"app.domain": 2})", 2},
         {R"({"app.domain": "2"})", 0},
         {R"({"app.domain": 7})", 7},
-        {R"({"app.domain": -1})", -1},
         {R"({"app.domain": 1.9})", 0},  // not a whole number
         {R"({"app.domain": 3)", 0},
-        {R"([3])", 0},
         {R"({"other": 3})", 0},
-        {"", 0},
     };
     for (const EnvironmentCase& c : cases) {
         IsolatedWorkspace workspace;
@@ -60,10 +57,8 @@ TEST(OsName, WindowsVersionTable) {
         int major, minor;
         const char* name;
     };
-    const Case cases[] = {{5, 1, "Windows XP"},  {6, 0, "Unknown"},     {6, 1, "Windows 7"},
-                          {6, 2, "Windows 8"},   {6, 3, "Windows 8.1"}, {6, 4, "Unknown"},
-                          {10, 0, "Windows 10"}, {10, 7, "Windows 10"}, {5, 2, "Unknown"},
-                          {11, 0, "Unknown"}};
+    const Case cases[] = {{5, 1, "Windows XP"}, {6, 1, "Windows 7"},   {6, 3, "Windows 8.1"},
+                          {6, 4, "Unknown"},    {10, 7, "Windows 10"}, {11, 0, "Unknown"}};
     for (const Case& c : cases) {
         EXPECT_EQ(tolvane::windowsNameForVersion(c.major, c.minor).toStdString(), c.name)
             << c.major << "." << c.minor;

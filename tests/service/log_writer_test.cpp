@@ -33,7 +33,6 @@ TEST(LogPaths, ExecutableBaseName) {
         {"C:\\apps\\tool", '\\', ""},    // no "."
         {"C:\\apps.d\\tool", '\\', ""},  // "." before the separator
         {"Studio.exe", '\\', ""},        // no separator
-        {"/usr/bin/tolvane-host", '/', ""},
         {"/opt/studio/Studio.bin", '/', "Studio"},
     };
     for (const Case& c : cases) {
@@ -107,12 +106,8 @@ TEST(PersistentLogWriter, OpenAppendsTwoEmptyLinesAfterOldContent) {
         ASSERT_TRUE(writer.open(logFilePath(kRequestLog)));
         writer.write("get url: /api/v1/timestamp");
     }
-    const QStringList messages = readLogMessages(kRequestLog);
-    ASSERT_EQ(messages.size(), 4);
-    EXPECT_EQ(messages[0].toStdString(), "from an earlier session");
-    EXPECT_EQ(messages[1].toStdString(), "");
-    EXPECT_EQ(messages[2].toStdString(), "");
-    EXPECT_EQ(messages[3].toStdString(), "get url: /api/v1/timestamp");
+    EXPECT_EQ(readLogMessages(kRequestLog),
+              QStringList({"from an earlier session", "", "", "get url: /api/v1/timestamp"}));
 }
 
 TEST(PersistentLogWriter, LinesReachTheFileOnEverySixthWriteAndOnClose) {

@@ -35,10 +35,6 @@ inline std::string encodePairs(const Pairs& pairs) {
     return text;
 }
 
-inline std::string withQuery(const std::string& path, const Pairs& query) {
-    return query.empty() ? path : path + "?" + encodePairs(query);
-}
-
 inline httplib::Headers toHeaders(const Pairs& pairs) {
     return httplib::Headers(pairs.begin(), pairs.end());
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -71,11 +72,8 @@ public:
     }
 
     static std::size_t countOf(const Events& events, Kind kind) {
-        std::size_t n = 0;
-        for (const Event& e : events) {
-            n += e.kind == kind ? 1 : 0;
-        }
-        return n;
+        return static_cast<std::size_t>(std::count_if(
+            events.begin(), events.end(), [kind](const Event& e) { return e.kind == kind; }));
     }
 
     static std::vector<Kind> kinds(const Events& events) {

@@ -12,14 +12,10 @@
 // number; neither class has a virtual destructor, so no double entry shifts them.
 namespace {
 
-#define CLIENT_SLOT(number, method)                          \
-    SlotCase {                                               \
-#method, vtableIndex(&MessageClient::method), number \
-    }
-#define DECODER_SLOT(number, method)                          \
-    SlotCase {                                                \
-#method, vtableIndex(&MessageDecoder::method), number \
-    }
+// clang-format off
+#define CLIENT_SLOT(number, method) SlotCase{#method, vtableIndex(&MessageClient::method), number}
+#define DECODER_SLOT(number, method) SlotCase{#method, vtableIndex(&MessageDecoder::method), number}
+// clang-format on
 
 TEST(CorvidSlots, OperationsSitAtTheirSlots) {
     const SlotCase cases[] = {

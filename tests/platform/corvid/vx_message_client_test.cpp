@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <memory>
 #include <string>
@@ -9,7 +10,6 @@
 #include "corvid/message_client_system.h"
 #include "corvid/message_codes.h"
 #include "platform/corvid/callback_recorder.h"
-#include "vxencoder/vx_frame.h"
 
 namespace {
 
@@ -27,12 +27,9 @@ MessageClientOptions fastOptions() {
 }
 
 bool hasMessageOfType(const Events& events, const std::string& type) {
-    for (const auto& e : events) {
-        if (e.kind == Kind::Message && e.text.rfind("type=" + type + ";", 0) == 0) {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(events.begin(), events.end(), [&](const auto& e) {
+        return e.kind == Kind::Message && e.text.rfind("type=" + type + ";", 0) == 0;
+    });
 }
 
 // A client of its own, logged in to the server, reporting to the recorder.
@@ -103,17 +100,12 @@ TEST_F(MessageClientTest, LoginRunsTheGateAndRepeaterStepsAndCarriesEveryValue) 
     const auto records = server_.connections();
     ASSERT_EQ(records.size(), 1u);
     // clang-format off
-    const std::pair<const char*, const char*> items[] = {
+    const std::vector<std::pair<std::string, std::string>> items = {
         {"type", "login"}, {"ltx1", "text-one"}, {"lnum", "11"}, {"ltx2", "text-two"}, {"ct", "13"},
         {"rid", "1001"}, {"ext", ""}, {"lmode", "3"}, {"ptx", "param-five"}, {"pnum", "21"},
-        {"ptx2", "param-twenty-one"},
-    };
+        {"ptx2", "param-twenty-one"}};
     // clang-format on
-    ASSERT_EQ(records[0].login.size(), std::size(items));
-    for (std::size_t i = 0; i < std::size(items); ++i) {
-        EXPECT_EQ(records[0].login[i].first, items[i].first);
-        EXPECT_EQ(records[0].login[i].second, items[i].second) << items[i].first;
-    }
+    EXPECT_EQ(records[0].login, items);
 }
 
 TEST_F(MessageClientTest, KeepAliveAnswersAreReportedAndOptionallyConsumed) {
@@ -122,7 +114,6 @@ TEST_F(MessageClientTest, KeepAliveAnswersAreReportedAndOptionallyConsumed) {
         sim::BarrageServer server;
         CallbackRecorder recorder;
         recorder.consumeKeepAlive = consume;
-        server.setKeepAliveValues(4321, 77);
         MessageClient* client = startClient(recorder, server);
         EXPECT_TRUE(recorder.waitForCount(Kind::KeepAlive, 2));
         EXPECT_TRUE(
@@ -152,9 +143,8 @@ TEST_F(MessageClientTest, SendsReachTheServerInOrder) {
     EXPECT_FALSE(client_->sendChatMessage(nullptr));
     EXPECT_FALSE(client_->sendRawMessage(nullptr));
 
-    ASSERT_TRUE(
-        server_.waitUntil([](const auto& r) { return !r.empty() && r[0].roomTexts.size() == 1; },
-                          std::chrono::seconds(5)));
+    ASSERT_TRUE(server_.waitUntil([](const auto& r) { return !r.empty() && r[0].keepAlives == 1; },
+                                  std::chrono::seconds(5)));
     const auto record = server_.connections()[0];
     EXPECT_EQ(record.chats, std::vector<std::string>{"hello; world"});
     EXPECT_EQ(record.channelRequests, std::vector<std::string>{"dayrk"});
@@ -165,12 +155,7 @@ TEST_F(MessageClientTest, SendsReachTheServerInOrder) {
     EXPECT_EQ(record.gifts[0], "type=giftsend;ga1=1;ga2=1001;ga3=2;ga4=500;ga5=7;ga6=3;ga7=;");
     EXPECT_EQ(record.memberInfoRequests, std::vector<int32_t>{1001});
     EXPECT_EQ(record.roomTexts, std::vector<std::string>{"room text"});
-
-    // The server answers the channel request, the member information request and the chat.
-    EXPECT_TRUE(recorder_.waitFor([](const Events& e) {
-        return hasMessageOfType(e, "dayrk") && hasMessageOfType(e, "memberinfores") &&
-               hasMessageOfType(e, "chatmsg");
-    }));
+    EXPECT_EQ(record.keepAlives, 1);
 }
 
 TEST_F(MessageClientTest, RefusedConnectionFailsTheGateStep) {
@@ -192,7 +177,8 @@ TEST_F(MessageClientTest, RefusedConnectionFailsTheGateStep) {
     EXPECT_TRUE(recorder_.waitForCount(Kind::LoginReply, 1));
 }
 
-// How a connection ends decides which step reports it; the error callback always follows.
+// How a connection ends decides which step reports it; the error callback always follows. Every
+// kind of broken frame is a table in the frame reader's tests.
 TEST_F(MessageClientTest, EveryBreakEndsWithItsStepAndTheErrorCallback) {
     struct Case {
         const char* name;
@@ -208,11 +194,6 @@ TEST_F(MessageClientTest, EveryBreakEndsWithItsStepAndTheErrorCallback) {
          kMessageClientProtocolError},
         {"oversized claim", nullptr, [](auto& s) { s.sendOversizedFrame(); }, Kind::Abort,
          kMessageClientProtocolError},
-        {"empty frame", nullptr, [](auto& s) { s.sendBytes(vxFrameHeader('v', 'x', 0)); },
-         Kind::Abort, kMessageClientProtocolError},
-        {"NUL in payload", nullptr,
-         [](auto& s) { s.sendBytes(vxFrameHeader('v', 'x', 3) + std::string("a\0b", 3)); },
-         Kind::Abort, kMessageClientProtocolError},
         {"keep-alives unanswered", [](auto& s) { s.setAnswerKeepAlive(false); }, nullptr,
          Kind::Abort, kMessageClientKeepAliveTimeout},
         {"no login reply", [](auto& s) { s.setAnswerLogin(false); }, nullptr,
@@ -253,21 +234,7 @@ TEST_F(MessageClientTest, EveryBreakEndsWithItsStepAndTheErrorCallback) {
     }
 }
 
-TEST_F(MessageClientTest, ResetClosesSilentlyAndTheNextLoginMayGoElsewhere) {
-    sim::BarrageServer second;
-    makeClient();
-    loginAndWait(server_);
-    client_->reset();
-    ASSERT_TRUE(
-        server_.waitUntil([](const auto& r) { return !r[0].open; }, std::chrono::seconds(5)));
-    ASSERT_TRUE(login(second));
-    ASSERT_TRUE(recorder_.waitForCount(Kind::LoginReply, 2));
-    EXPECT_EQ(CallbackRecorder::countOf(recorder_.events(), Kind::Error), 0u);
-    EXPECT_EQ(CallbackRecorder::countOf(recorder_.events(), Kind::Abort), 0u);
-    EXPECT_EQ(second.connections().size(), 1u);
-    EXPECT_EQ(server_.connections().size(), 1u);
-}
-
+// That reset closes silently shows in the room client's round-robin test, which reconnects by it.
 TEST_F(MessageClientTest, NoCallbackRunsAfterUnregisteringOrReleaseReturns) {
     for (const bool release : {false, true}) {
         SCOPED_TRACE(release ? "release" : "unregister");
