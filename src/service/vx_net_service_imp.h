@@ -2,7 +2,6 @@
 
 #include <QList>
 #include <QObject>
-#include <QPointer>
 #include <QTimer>
 #include <atomic>
 #include <cstdint>
