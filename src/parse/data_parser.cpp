@@ -179,32 +179,34 @@ double DataParser::readDouble(const QJsonObject& object, const QString& key, dou
     }
 }
 
-bool DataParser::readObject(const QJsonObject& object, const QString& key, QJsonObject& out) {
+namespace {
+
+// readObject and readArray differ only in the JSON type they accept.
+template <typename Container>
+bool readContainer(const QJsonObject& object, const QString& key, Container& out,
+                   bool (QJsonValue::*hasType)() const, Container (QJsonValue::*convert)() const,
+                   const char* typeName) {
     const QJsonValue value = object.value(key);
     if (value.isUndefined()) {
         logMissingKey(key);
         return false;
     }
-    if (!value.isObject()) {
-        logWrongType(key, QLatin1String("Object"));
+    if (!(value.*hasType)()) {
+        logWrongType(key, QLatin1String(typeName));
         return false;
     }
-    out = value.toObject();
+    out = (value.*convert)();
     return true;
 }
 
+}  // namespace
+
+bool DataParser::readObject(const QJsonObject& object, const QString& key, QJsonObject& out) {
+    return readContainer(object, key, out, &QJsonValue::isObject, &QJsonValue::toObject, "Object");
+}
+
 bool DataParser::readArray(const QJsonObject& object, const QString& key, QJsonArray& out) {
-    const QJsonValue value = object.value(key);
-    if (value.isUndefined()) {
-        logMissingKey(key);
-        return false;
-    }
-    if (!value.isArray()) {
-        logWrongType(key, QLatin1String("Array"));
-        return false;
-    }
-    out = value.toArray();
-    return true;
+    return readContainer(object, key, out, &QJsonValue::isArray, &QJsonValue::toArray, "Array");
 }
 
 QByteArray DataParser::unwrapConfigCallback(const QByteArray& bytes) {

@@ -58,23 +58,11 @@ SimReply myInfo(SimPlatformState& state, const SimRequest& request) {
 
 void addContentRoutes(SimHttpServer& server, SimPlatformState& state) {
     SimPlatformState* s = &state;
-    SimRoute clock;
-    clock.method = "GET";
-    clock.table = SimAddressTable::Host;
-    clock.kind = 0;
-    clock.path = "/api/v1/timestamp";
-    clock.handler = [s](const SimRequest&) { return timestamp(*s); };
-    server.routes().add(clock);
-
-    SimRoute profile;
-    profile.method = "POST";
-    profile.table = SimAddressTable::Host;
-    profile.kind = 0;
-    profile.path = "/api/v1/my_info";
-    profile.signingPath = "my_info";
-    profile.rule = SimSignRule::CommonLists;
-    profile.handler = [s](const SimRequest& r) { return myInfo(*s, r); };
-    server.routes().add(profile);
+    server.routes().add({"GET", SimAddressTable::Host, 0, "/api/v1/timestamp", "",
+                         SimSignRule::None, [s](const SimRequest&) { return timestamp(*s); }});
+    server.routes().add({"POST", SimAddressTable::Host, 0, "/api/v1/my_info", "my_info",
+                         SimSignRule::CommonLists,
+                         [s](const SimRequest& r) { return myInfo(*s, r); }});
 }
 
 }  // namespace tolvane::sim

@@ -126,15 +126,8 @@ SimReply qrLogin(SimPlatformState& state, const SimRequest& request) {
 
 void addPassportRoutes(SimHttpServer& server, SimPlatformState& state) {
     auto add = [&server](const char* path, SimHandler handler) {
-        SimRoute route;
-        route.method = "POST";
-        route.table = SimAddressTable::Base;
-        route.kind = 0;
-        route.path = std::string("/") + path;
-        route.signingPath = path;
-        route.rule = SimSignRule::Query;
-        route.handler = std::move(handler);
-        server.routes().add(std::move(route));
+        server.routes().add({"POST", SimAddressTable::Base, 0, std::string("/") + path, path,
+                             SimSignRule::Query, std::move(handler)});
     };
     SimPlatformState* s = &state;
     add("app/loginCheck2", [s](const SimRequest& r) { return loginCheck(*s, r); });

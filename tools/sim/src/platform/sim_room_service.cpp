@@ -73,33 +73,15 @@ SimReply emotionWhiteList(const SimPlatformState& state) {
 
 void addRoomRoutes(SimHttpServer& server, SimPlatformState& state) {
     SimPlatformState* s = &state;
-    SimRoute room;
-    room.method = "POST";
-    room.table = SimAddressTable::Base;
-    room.kind = 2;
-    room.path = "/api/v1/my_room";
-    room.signingPath = "my_room";
-    room.rule = SimSignRule::Query;
-    room.handler = [s](const SimRequest& r) { return myRoom(*s, r); };
-    server.routes().add(room);
-
-    SimRoute servers;
-    servers.method = "GET";
-    servers.table = SimAddressTable::Host;
-    servers.kind = 0;
-    servers.path = "/lapi/live/gateway/client2";
-    servers.signingPath = "lapi/live/gateway/client2";
-    servers.rule = SimSignRule::CommonLists;
-    servers.handler = [s](const SimRequest& r) { return gateway(*s, r); };
-    server.routes().add(servers);
-
-    SimRoute emotion;
-    emotion.method = "GET";
-    emotion.table = SimAddressTable::Host;
-    emotion.kind = 4;
-    emotion.path = "/resource/common/emotion_w.json";
-    emotion.handler = [s](const SimRequest&) { return emotionWhiteList(*s); };
-    server.routes().add(emotion);
+    server.routes().add({"POST", SimAddressTable::Base, 2, "/api/v1/my_room", "my_room",
+                         SimSignRule::Query, [s](const SimRequest& r) { return myRoom(*s, r); }});
+    server.routes().add({"GET", SimAddressTable::Host, 0, "/lapi/live/gateway/client2",
+                         "lapi/live/gateway/client2", SimSignRule::CommonLists,
+                         [s](const SimRequest& r) { return gateway(*s, r); }});
+    // The configuration service's files are not signed.
+    server.routes().add({"GET", SimAddressTable::Host, 4, "/resource/common/emotion_w.json", "",
+                         SimSignRule::None,
+                         [s](const SimRequest&) { return emotionWhiteList(*s); }});
 }
 
 }  // namespace tolvane::sim
