@@ -41,7 +41,6 @@ TEST(DefaultData, WithoutEndpointsTheTablesApplyUnchanged) {
     EXPECT_TRUE(data.endpoints.isEmpty());
     EXPECT_EQ(applyBaseOverride(data.endpoints, 2, "https://a.example/api/v1/").toStdString(),
               "https://a.example/api/v1/");
-    EXPECT_EQ(parseDefaultData("not json").environment, 0);
 }
 
 }  // namespace

@@ -24,10 +24,9 @@ TEST(Environment, ReadFromDefaultData) {
     };
     for (const EnvironmentCase& c : cases) {
         IsolatedWorkspace workspace;
+        QFile::remove(workspace.path() + "/default.data");
         if (c.content != nullptr) {
             workspace.writeDefaultData(c.content);
-        } else {
-            QFile::remove(workspace.path() + "/default.data");
         }
         EXPECT_EQ(tolvane::readEnvironment(), c.expected) << (c.content ? c.content : "(no file)");
     }
@@ -56,7 +55,6 @@ TEST(OsName, WindowsVersionTable) {
         EXPECT_EQ(tolvane::windowsNameForVersion(c.major, c.minor).toStdString(), c.name)
             << c.major << "." << c.minor;
     }
-    EXPECT_FALSE(tolvane::osName().isEmpty());
 }
 
 }  // namespace

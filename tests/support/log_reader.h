@@ -12,10 +12,9 @@ inline QStringList readLogMessages(const QString& logName) {
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text)) {
         return {};
     }
-    QStringList messages;
-    const QStringList lines = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
-    for (const QString& line : lines) {
-        messages << line.mid(QStringLiteral("[HH:mm:ss.zzz] ").size());
+    QStringList lines = QString::fromUtf8(file.readAll()).split('\n', Qt::SkipEmptyParts);
+    for (QString& line : lines) {
+        line.remove(0, QStringLiteral("[HH:mm:ss.zzz] ").size());
     }
-    return messages;
+    return lines;
 }

@@ -5,9 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
-// Callers reach these objects through vtable slots, so each operation must stay at its number.
-// On the Itanium ABI a pointer to a virtual member function holds 1 + its byte offset in the
-// vtable.
+// Callers reach these objects through vtable slots. On the Itanium ABI a pointer to a virtual
+// member function holds 1 + its byte offset in the vtable.
 template <typename Method>
 std::size_t vtableIndex(Method method) {
     static_assert(sizeof(Method) == 2 * sizeof(std::uintptr_t), "Itanium member pointer");

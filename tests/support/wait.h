@@ -1,16 +1,15 @@
 #pragma once
 
 #include <QCoreApplication>
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QThread>
 #include <functional>
 
 // Runs the test thread's event loop until the condition holds or the time runs out.
 inline bool waitUntil(const std::function<bool()>& condition, int timeoutMs = 3000) {
-    QElapsedTimer clock;
-    clock.start();
+    const QDeadlineTimer deadline(timeoutMs);
     while (!condition()) {
-        if (clock.elapsed() > timeoutMs) {
+        if (deadline.hasExpired()) {
             return false;
         }
         QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
