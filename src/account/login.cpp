@@ -3,13 +3,14 @@
 
 #include "halyard/login_request.h"
 #include "parse/reply_texts.h"
+#include "parse/result_codes.h"
 #include "service/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
 
 constexpr int kLoginTimeoutMs = 3000;
-constexpr int kNoAnswer = 210;
+using tolvane::kNoAnswer;
 
 QString fromUtf8(const std::string& text) {
     return QString::fromStdString(text);

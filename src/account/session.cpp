@@ -152,6 +152,7 @@ void VxNetServiceImp::logout() {
     tokenInfo_ = ShortTokenInfo();
     longToken_.clear();
     currentUserId_ = 0;
+    pushAddresses_.clear();
     parser_.reset();
 }
 

@@ -1,26 +1,17 @@
 // The anchor's profile: fetched after every login and on the host's request.
 #include <QJsonObject>
-#include <QUrlQuery>
 
-#include "net/own_url_request.h"
-#include "net/vx_net_request.h"
 #include "parse/data_parser.h"
-#include "parse/reply_texts.h"
 #include "service/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
 
-constexpr int kContentApiHost = 0;
-constexpr int kRequestTimeoutMs = 30000;
-constexpr int kNoAnswer = 210;
+using tolvane::net::HostKind;
+using tolvane::net::HttpMethod;
 
-void logFailedReply(const QUrl& url, const QByteArray& reply) {
-    tolvane::log::writeLine(tolvane::log::kMainLog,
-                            QStringLiteral("error Url: %1").arg(url.toString()));
-    tolvane::log::writeLine(tolvane::log::kMainLog,
-                            QStringLiteral("result data : %1").arg(QString::fromUtf8(reply)));
-}
+const tolvane::net::OperationRow& kUserInfo = tolvane::net::registerOperation(
+    hostRow("initUserInfo", HttpMethod::Post, HostKind::ContentApi, "/api/v1/my_info", "my_info"));
 
 }  // namespace
 
@@ -58,27 +49,10 @@ int DataParser::parseUserInfoResult(const QByteArray& bytes, std::string& errorM
 }
 
 int32_t VxNetServiceImp::fetchUserInfo(const char* operation, std::string& errorMessage) {
-    logBanner(operation);
-    tolvane::net::OwnUrlRequestInput input;
-    input.method = tolvane::net::HttpMethod::Post;
-    input.host = endpoints_.host(kContentApiHost, environment_);
-    input.urlPath = QStringLiteral("/api/v1/my_info");
-    input.signingPath = QStringLiteral("my_info");
-    input.items = {{QStringLiteral("token"), QString::fromStdString(sessionToken())}};
-    input.time = getServerTime();
-    const tolvane::net::OwnUrlRequest request = tolvane::net::buildOwnUrlRequest(input);
-
-    QByteArray reply;
-    if (!request_->cprSyncPost(reply, request.url, QUrlQuery(request.url), request.headers,
-                               request.form, kRequestTimeoutMs)) {
-        errorMessage = tolvane::kNetworkFailureText;
-        return kNoAnswer;
-    }
-    const int32_t result = parser_.parseUserInfoResult(reply, errorMessage);
-    if (result != 0) {
-        logFailedReply(request.url, reply);
-    }
-    return result;
+    return runOperation(
+        kUserInfo.named(operation),
+        {{QStringLiteral("token"), QString::fromStdString(sessionToken())}}, &errorMessage,
+        [&](const QByteArray& reply) { return parser_.parseUserInfoResult(reply, errorMessage); });
 }
 
 int32_t VxNetServiceImp::initUserInfo(std::string& errorMessage) {

@@ -21,9 +21,12 @@ void setEmptyValue(ParamList& list, const QString& key, const QString& value);
 // First value stored under the key, or the fallback when the key is absent.
 QString valueOf(const ParamList& list, const QString& key, const QString& fallback = QString());
 
+// The platform's name for this application, sent as "aid".
+inline constexpr char kAppId[] = "vxtool";
+
 // The values every signed request may carry.
 struct CommonValues {
-    QString aid = QStringLiteral("vxtool");
+    QString aid = QString::fromLatin1(kAppId);
     qint64 time = 0;  // server time in whole seconds
     QString token;    // session token, see sessionToken()
 };

@@ -10,7 +10,7 @@ namespace {
 const QString kAid = QStringLiteral("aid");
 const QString kTime = QStringLiteral("time");
 const QString kAuth = QStringLiteral("auth");
-const QString kAidValue = QStringLiteral("vxtool");
+const QString kAidValue = QString::fromLatin1(kAppId);
 
 // The mobile services sign a fresh list: their own aid and time first, then the query items.
 QString mobileSignatureQuery(const QString& aid, const QString& time, const ParamList& groupB) {

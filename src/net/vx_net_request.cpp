@@ -9,20 +9,8 @@
 
 namespace {
 
+using tolvane::net::encodedPairs;
 using tolvane::net::HeaderMap;
-
-// Values are UTF-8 and percent-encoded with nothing kept but the unreserved characters;
-// keys go out as they are.
-std::string encodedPairs(const ParamList& list) {
-    QByteArray text;
-    for (const auto& [key, value] : list) {
-        if (!text.isEmpty()) {
-            text += '&';
-        }
-        text += key.toUtf8() + '=' + value.toUtf8().toPercentEncoding();
-    }
-    return text.toStdString();
-}
 
 void addHeaders(HeaderMap& headers, const ParamList& list) {
     for (const auto& [key, value] : list) {
@@ -104,6 +92,19 @@ bool VxNetRequest::cprSyncPost(QByteArray& reply, const QUrl& url, const QUrlQue
     headers["Content-Type"] = kFormContentType;
     return send(true, full.toString(QUrl::FullyEncoded).toStdString(), {}, std::move(headers),
                 encodedPairs(form), timeoutMs, reply, QStringLiteral("cprGet error:%1"));
+}
+
+bool VxNetRequest::sendPrepared(QByteArray& reply, const tolvane::net::PreparedRequest& request,
+                                int timeoutMs) {
+    const bool isPost = request.method == tolvane::net::HttpMethod::Post;
+    HeaderMap headers = baseHeaders();
+    addHeaders(headers, request.headers);
+    if (isPost) {
+        headers["Content-Type"] = kFormContentType;
+    }
+    return send(isPost, request.url, encodedPairs(request.query), std::move(headers),
+                encodedPairs(request.form), timeoutMs, reply,
+                isPost ? QStringLiteral("cprPost error:%1") : QStringLiteral("cprGet error:%1"));
 }
 
 bool VxNetRequest::requestGet(QByteArray& reply, RequestDescriptor descriptor,

@@ -10,6 +10,7 @@
 
 #include "net/curl_session.h"
 #include "net/endpoints.h"
+#include "net/operation_request.h"
 #include "net/param_list.h"
 #include "tolvane/breadcrumb.h"
 #include "tolvane/request_descriptor.h"
@@ -42,6 +43,10 @@ public:
                     const tolvane::net::CommonValues& common);
     bool requestPost(QByteArray& reply, RequestDescriptor descriptor,
                      const tolvane::net::CommonValues& common);
+
+    // A request an operation row prepared; failures are logged as cprGet and cprPost log them.
+    bool sendPrepared(QByteArray& reply, const tolvane::net::PreparedRequest& request,
+                      int timeoutMs);
 
     // The "User-Device" value every request carries.
     void setDeviceHeader(const QByteArray& value);

@@ -10,8 +10,8 @@
 #include <vector>
 
 #include "halyard/login_records.h"
-#include "room/room_info.h"
-#include "room/server_address.h"
+#include "parse/room_info.h"
+#include "parse/server_address.h"
 #include "tolvane/account_records.h"
 #include "tolvane/room_records.h"
 

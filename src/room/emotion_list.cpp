@@ -2,19 +2,19 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QUrl>
-#include <QUrlQuery>
-
-#include "net/vx_net_request.h"
 #include "parse/data_parser.h"
 #include "service/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
 
-constexpr int kWebConfigHost = 4;
-constexpr int kRequestTimeoutMs = 30000;
-constexpr int kNoAnswer = 210;
+using tolvane::net::HostKind;
+using tolvane::net::HttpMethod;
+
+// The configuration service's files are public: no signature, no common items.
+const tolvane::net::OperationRow& kEmotionList = tolvane::net::registerOperation(
+    hostRow("requestEmotionSeiyClassifyList", HttpMethod::Get, HostKind::WebConfig,
+            "/resource/common/emotion_w.json", nullptr));
 
 }  // namespace
 
@@ -43,21 +43,9 @@ int DataParser::parseEmotionSeiyClassifyList(const QByteArray& bytes) {
 }
 
 int32_t VxNetServiceImp::requestEmotionSeiyClassifyList() {
-    logBanner("requestEmotionSeiyClassifyList");
-    const QUrl url(QString::fromStdString(endpoints_.host(kWebConfigHost, environment_)) +
-                   QStringLiteral("/resource/common/emotion_w.json"));
-    QByteArray reply;
-    if (!request_->cprSyncGet(reply, url, QUrlQuery(), ParamList(), kRequestTimeoutMs)) {
-        return kNoAnswer;
-    }
-    const int32_t result = parser_.parseEmotionSeiyClassifyList(reply);
-    if (result != 0) {
-        tolvane::log::writeLine(tolvane::log::kMainLog,
-                                QStringLiteral("error Url: %1").arg(url.toString()));
-        tolvane::log::writeLine(tolvane::log::kMainLog,
-                                QStringLiteral("result data : %1").arg(QString::fromUtf8(reply)));
-    }
-    return result;
+    return runOperation(kEmotionList, ParamList(), nullptr, [this](const QByteArray& reply) {
+        return parser_.parseEmotionSeiyClassifyList(reply);
+    });
 }
 
 // slot 67

@@ -1,54 +1,49 @@
 // The anchor's room and the barrage servers: what the service must know after login before
 // the barrage client can connect and before any other room operation can run.
-#include <QUrl>
-#include <QUrlQuery>
-
-#include "net/own_url_request.h"
-#include "net/vx_net_request.h"
 #include "parse/data_parser.h"
 #include "service/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
 
-constexpr int kContentApiBase = 2;
-constexpr int kContentApiHost = 0;
-constexpr int kRoomInfoTimeoutMs = 3000;
-constexpr int kGatewayTimeoutMs = 30000;
-constexpr int kNoAnswer = 210;
+using tolvane::net::BaseKind;
+using tolvane::net::FailureLog;
+using tolvane::net::HostKind;
+using tolvane::net::HttpMethod;
+using tolvane::net::registerOperation;
+
 constexpr int32_t kNoRoom = -1;
 
-void logReplyText(const QByteArray& reply) {
-    tolvane::log::writeLine(tolvane::log::kMainLog,
-                            QStringLiteral("result data : %1").arg(QString::fromUtf8(reply)));
-}
+// "my_room" answers the room information, the push line of slot 3 and the live state alike.
+const tolvane::net::OperationRow& kRoomInfoRequest =
+    registerOperation(baseRow("requestRoomInfo", HttpMethod::Post, BaseKind::ContentV1, "my_room")
+                          .timeout(3000)
+                          .logging(FailureLog::ReplyOnly));
+
+const tolvane::net::OperationRow& kGatewayList =
+    registerOperation(hostRow("getGatewayList", HttpMethod::Get, HostKind::ContentApi,
+                              "/lapi/live/gateway/client2", "lapi/live/gateway/client2")
+                          .logging(FailureLog::ReplyOnly)
+                          .loggingReplyWithoutAnswer());
 
 }  // namespace
 
-int32_t VxNetServiceImp::requestRoomInfo(QByteArray& reply) {
-    logBanner("requestRoomInfo");
-    RequestDescriptor request;
-    request.kind = kContentApiBase;
-    request.path = QStringLiteral("my_room");
-    request.groupB = {{QStringLiteral("aid"), QStringLiteral("vxtool")},
-                      {QStringLiteral("time"), QString::number(getServerTime())}};
-    request.groupC = {{QStringLiteral("token"), QString::fromStdString(sessionToken())},
-                      {QStringLiteral("biz_type"), QStringLiteral("13")}};
-    request.timeoutMs = kRoomInfoTimeoutMs;
-    return requestPost(reply, request) ? 0 : kNoAnswer;
+int32_t VxNetServiceImp::requestRoomInfo(const ReplyParser& parse, bool sessionExpiryHook) {
+    const ParamList items{{QStringLiteral("token"), QString::fromStdString(sessionToken())},
+                          {QStringLiteral("biz_type"), QStringLiteral("13")}};
+    return runOperation(sessionExpiryHook ? kRoomInfoRequest.withExpiryHook() : kRoomInfoRequest,
+                        items, nullptr, parse);
 }
 
 int32_t VxNetServiceImp::initRoomInfo(QList<ServerAddress>& servers) {
     logBanner("initRoomInfo");
-    QByteArray reply;
-    const int32_t requested = requestRoomInfo(reply);
-    if (requested != 0) {
-        return requested;
-    }
-    std::string errorMessage;
-    const int32_t result = parser_.parseRoomInfoResult(reply, errorMessage, servers);
+    const int32_t result = requestRoomInfo(
+        [&](const QByteArray& reply) {
+            std::string errorMessage;
+            return parser_.parseRoomInfoResult(reply, errorMessage, servers);
+        },
+        false);
     if (result != 0) {
-        logReplyText(reply);
         return result;
     }
     loadGiftTables();
@@ -62,27 +57,10 @@ void VxNetServiceImp::onRoomInfoLoaded() {
 }
 
 int32_t VxNetServiceImp::getGatewayList(QList<ServerAddress>& servers) {
-    logBanner("getGatewayList");
-    tolvane::net::OwnUrlRequestInput input;
-    input.method = tolvane::net::HttpMethod::Get;
-    input.host = endpoints_.host(kContentApiHost, environment_);
-    input.urlPath = QStringLiteral("/lapi/live/gateway/client2");
-    input.signingPath = QStringLiteral("lapi/live/gateway/client2");
-    input.time = getServerTime();
-    const tolvane::net::OwnUrlRequest request = tolvane::net::buildOwnUrlRequest(input);
-
-    QByteArray reply;
-    if (!request_->cprSyncGet(reply, request.url, QUrlQuery(request.url), request.headers,
-                              kGatewayTimeoutMs)) {
-        logReplyText(reply);
-        return kNoAnswer;
-    }
-    std::string errorMessage;
-    const int32_t result = parser_.parseGatewayResult(reply, errorMessage, servers);
-    if (result != 0) {
-        logReplyText(reply);
-    }
-    return result;
+    return runOperation(kGatewayList, ParamList(), nullptr, [&](const QByteArray& reply) {
+        std::string errorMessage;
+        return parser_.parseGatewayResult(reply, errorMessage, servers);
+    });
 }
 
 int32_t VxNetServiceImp::collectBarrageServers(QList<ServerAddress>& servers) {
@@ -136,13 +114,9 @@ void VxNetServiceImp::refreshRoomInfo() {
 // slot 88
 int32_t VxNetServiceImp::getRoomState(bool& live, bool& showType) {
     logBanner("getRoomState");
-    QByteArray reply;
-    int32_t result = requestRoomInfo(reply);
-    if (result == 0) {
-        result = parser_.parseIsRoomBroadcastingResult(reply, live, showType);
-        if (result != 0) {
-            logReplyText(reply);
-        }
-    }
-    return afterSessionCheck(result);
+    return requestRoomInfo(
+        [&](const QByteArray& reply) {
+            return parser_.parseIsRoomBroadcastingResult(reply, live, showType);
+        },
+        true);
 }

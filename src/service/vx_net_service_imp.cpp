@@ -7,6 +7,7 @@
 #include "halyard/client_setup.h"
 #include "halyard/login_request.h"
 #include "net/easy_net_manager.h"
+#include "net/param_list.h"
 #include "net/session_text.h"
 #include "net/vx_net_request.h"
 #include "service/environment.h"
@@ -130,7 +131,7 @@ int32_t VxNetServiceImp::getSessionValueC() {
 
 // slot 82
 const char* VxNetServiceImp::getAppId() {
-    return "vxtool";
+    return tolvane::net::kAppId;
 }
 
 // slot 83

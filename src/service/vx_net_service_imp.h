@@ -10,9 +10,10 @@
 #include <vector>
 
 #include "net/endpoints.h"
+#include "net/operation_row.h"
 #include "net/param_list.h"
 #include "parse/data_parser.h"
-#include "room/server_address.h"
+#include "parse/server_address.h"
 #include "service/persistent_log_writer.h"
 #include "tolvane/i_liveencoder_net_service.h"
 #include "tolvane/i_room_listener.h"
@@ -31,6 +32,9 @@ class VxNetServiceImp : public QObject, public ILiveencoderNetService, public IR
     Q_OBJECT
 
 public:
+    // Reads an operation's reply into its records and returns the operation's result code.
+    using ReplyParser = std::function<int32_t(const QByteArray& reply)>;
+
     VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* breadcrumbSink);
     ~VxNetServiceImp() override;
 
@@ -200,7 +204,8 @@ public:
     int32_t collectBarrageServers(QList<ServerAddress>& servers);
 
 private:
-    int32_t requestRoomInfo(QByteArray& reply);
+    // The room information request ("my_room"); each caller reads its own part of the reply.
+    int32_t requestRoomInfo(const ReplyParser& parse, bool sessionExpiryHook);
     int32_t initRoomInfo(QList<ServerAddress>& servers);
     int32_t getGatewayList(QList<ServerAddress>& servers);
     int32_t requestEmotionSeiyClassifyList();
@@ -208,7 +213,26 @@ private:
     void onRoomInfoLoaded();
     // --- end of room information and barrage gateway ---
 
+    // --- Push lines, live start and stop, categories and tags (room/push_lines.cpp,
+    // room/live_control.cpp, room/categories.cpp) ---
+public:
+    // The web site's list of the room's categories; no slot of the interface reaches it.
+    int32_t getClassifyListExt(std::vector<CategoryNode>& list, std::string& message);
+
 private:
+    // "cid2" and "cid3" when the host set a category, then "module_id" when it set one.
+    void appendLiveCategory(ParamList& items) const;
+    // --- end of push lines, live and categories ---
+
+private:
+    // Runs one HTTP operation as its row describes: banner, common items, signature, send,
+    // 210 and the network text in *message when nothing answers, the parser, the row's failure
+    // lines, the session-expiry hook. Without a parser the reply is a bare envelope and its
+    // message goes to *message. *reply, when given, receives the body (or the made-up reply).
+    int32_t runOperation(const tolvane::net::OperationRow& row, const ParamList& items,
+                         std::string* message = nullptr, const ReplyParser& parse = ReplyParser(),
+                         QByteArray* reply = nullptr);
+
     static void logBanner(const char* operation);
     // Logs the barrage client out and forgets the values it reported.
     void logoutBarrage();

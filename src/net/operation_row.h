@@ -1,0 +1,150 @@
+#pragma once
+
+#include <vector>
+
+namespace tolvane::net {
+
+// The request client's table: a service's base address, path suffix included.
+enum class BaseKind {
+    Passport = 0,
+    ContentRoot = 1,
+    ContentV1 = 2,
+    VideoPartner = 3,
+    WebApi = 4,
+    PcClient = 5,
+    Mobile3 = 6,
+    WebRoot = 7,
+    WebConfig = 8,
+    CustomerService = 9,
+    Mobile2 = 10,
+    Gift = 11,
+};
+
+// The service's table: scheme and host of a service, no path.
+enum class HostKind {
+    ContentApi = 0,
+    WebSite = 1,
+    Passport = 2,
+    PcClient = 3,
+    WebConfig = 4,
+    Mobile3 = 5,
+    CustomerService = 6,
+    Mobile2 = 7,
+};
+
+enum class HttpMethod { Get, Post };
+
+// Where "aid", "time" (and "client_sys" where sent) travel. Host-table rows put them in the
+// query or leave them out; base-address rows may send them as headers instead.
+enum class CommonPlacement { None, Query, Headers };
+
+// What an operation logs when its parser refuses the reply.
+enum class FailureLog {
+    UrlAndReply,   // "error Url: %1" with the URL, then "result data : %1"
+    PathAndReply,  // "error Url: %1" with the path, then "result data : %1"
+    ReplyOnly,     // "result data : %1"
+};
+
+// One HTTP operation of the service, written the way the platform's tables write them. An
+// operation's own code is its items and its parser; the runner does everything else.
+struct OperationRow {
+    const char* name = "";  // the banner's operation name, after "VxNetServiceImp::"
+    HttpMethod method = HttpMethod::Post;
+    bool onHostTable = true;
+    int kind = 0;  // a BaseKind or a HostKind, as onHostTable says
+    // Host rows: from "/". Base rows: after the base address, without a leading "/".
+    const char* path = "";
+    // Host rows: the name the signature covers; null sends no aid, time or auth at all. Base
+    // rows are always signed over their path by their kind.
+    const char* signingPath = nullptr;
+    CommonPlacement common = CommonPlacement::Query;
+    bool clientSys = false;        // "client_sys" = "pc" beside "aid"
+    bool headerSignature = false;  // host rows: aid, time and auth repeated as headers
+    int timeoutMs = 30000;
+    const char* messageKey = "data";  // where a failed envelope keeps its message
+    bool sessionExpiryHook = false;   // 220 and 221 refresh the profile
+    FailureLog failureLog = FailureLog::UrlAndReply;
+    bool logReplyWithoutAnswer = false;  // "result data : %1" also when nothing came back
+
+    BaseKind baseKind() const { return static_cast<BaseKind>(kind); }
+    HostKind hostKind() const { return static_cast<HostKind>(kind); }
+
+    constexpr OperationRow named(const char* operationName) const {
+        OperationRow row = *this;
+        row.name = operationName;
+        return row;
+    }
+    constexpr OperationRow commonIn(CommonPlacement placement) const {
+        OperationRow row = *this;
+        row.common = placement;
+        return row;
+    }
+    constexpr OperationRow withClientSys() const {
+        OperationRow row = *this;
+        row.clientSys = true;
+        return row;
+    }
+    constexpr OperationRow withHeaderSignature() const {
+        OperationRow row = *this;
+        row.headerSignature = true;
+        return row;
+    }
+    constexpr OperationRow timeout(int milliseconds) const {
+        OperationRow row = *this;
+        row.timeoutMs = milliseconds;
+        return row;
+    }
+    constexpr OperationRow messageIn(const char* key) const {
+        OperationRow row = *this;
+        row.messageKey = key;
+        return row;
+    }
+    constexpr OperationRow withExpiryHook() const {
+        OperationRow row = *this;
+        row.sessionExpiryHook = true;
+        return row;
+    }
+    constexpr OperationRow logging(FailureLog log) const {
+        OperationRow row = *this;
+        row.failureLog = log;
+        return row;
+    }
+    constexpr OperationRow loggingReplyWithoutAnswer() const {
+        OperationRow row = *this;
+        row.logReplyWithoutAnswer = true;
+        return row;
+    }
+};
+
+// A row on the host table; a null signing path makes it unsigned.
+constexpr OperationRow hostRow(const char* name, HttpMethod method, HostKind kind, const char* path,
+                               const char* signingPath) {
+    OperationRow row;
+    row.name = name;
+    row.method = method;
+    row.onHostTable = true;
+    row.kind = static_cast<int>(kind);
+    row.path = path;
+    row.signingPath = signingPath;
+    row.common = signingPath != nullptr ? CommonPlacement::Query : CommonPlacement::None;
+    return row;
+}
+
+// A row on the base-address table, signed over its path as its kind signs.
+constexpr OperationRow baseRow(const char* name, HttpMethod method, BaseKind kind,
+                               const char* path) {
+    OperationRow row;
+    row.name = name;
+    row.method = method;
+    row.onHostTable = false;
+    row.kind = static_cast<int>(kind);
+    row.path = path;
+    return row;
+}
+
+// Every row the module defines registers itself here, so that one test can hold them all
+// against the simulator's routes.
+const OperationRow& registerOperation(const OperationRow& row);
+std::vector<const OperationRow*> registeredOperations();
+
+}  // namespace tolvane::net
