@@ -155,6 +155,7 @@ int DataParser::parseAllRtmpAddressResult(const QByteArray& bytes, PushAddress*&
     // The lists are optional, but one that is present and empty is a broken reply, so presence
     // is tested before reading.
     const QString idKeyedList = QStringLiteral("list");
+    const QString sortedList = QStringLiteral("list_sort");
     if (data.contains(idKeyedList)) {
         QJsonArray entries;
         readArray(data, idKeyedList, entries);
@@ -162,12 +163,13 @@ int DataParser::parseAllRtmpAddressResult(const QByteArray& bytes, PushAddress*&
             state_.lastErrorMessage = tolvane::kReplyDataErrorText;
             return 1;
         }
-        handOutPushLines(entries, &pushLineFromIdKeyedEntry, pushLinesMutex_, state_.pushLines,
-                         addresses, count);
+        // A usable sorted list supersedes this one; handing this one out first would leave an
+        // array that the host never sees and so can never free.
+        if (data.value(sortedList).toArray().isEmpty()) {
+            handOutPushLines(entries, &pushLineFromIdKeyedEntry, pushLinesMutex_, state_.pushLines,
+                             addresses, count);
+        }
     }
-    // A sorted list supersedes the plain one; the plain array already handed out stays the
-    // host's to free.
-    const QString sortedList = QStringLiteral("list_sort");
     if (data.contains(sortedList)) {
         QJsonArray entries;
         readArray(data, sortedList, entries);
