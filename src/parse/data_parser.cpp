@@ -28,6 +28,8 @@ DataParser::DataParser(QObject* parent) : QObject(parent) {}
 DataParser::~DataParser() = default;
 
 void DataParser::reset() {
+    // The push-line tables are part of the state and are only touched under their lock.
+    QMutexLocker lock(&pushLinesMutex_);
     state_ = State{};
 }
 

@@ -4,8 +4,10 @@
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QList>
+#include <QMutex>
 #include <QObject>
 #include <QString>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -112,7 +114,43 @@ public:
     int parseEmotionSeiyClassifyList(const QByteArray& bytes);
     const std::vector<CategoryNode>& emotionWhiteList() const { return state_.emotionWhiteList; }
 
+    // Push lines (room/push_lines.cpp). Arrays handed out are allocated with new[] and are the
+    // host's to free through freeArray.
+    int parseRtmpResult(const QByteArray& bytes, std::string& pushUrl, int32_t& lineId);
+    int parseAllRtmpAddressResult(const QByteArray& bytes, PushAddress*& addresses, int32_t& count,
+                                  PushAddress*& h265Addresses, int32_t& h265Count);
+    // The line id of a push URL, looked up in the main table and then the H.265 table.
+    bool findPushLine(const std::string& url, int32_t& lineId) const;
+    std::string fmsValue() const;
+    std::string referenceUrl() const;
+
+    // Categories and tags (room/categories.cpp).
+    int parseGetClassifyListResult(const QByteArray& bytes, std::string& message,
+                                   std::vector<CategoryNode>& tree,
+                                   std::vector<CategoryNode>& suggestions);
+    int parseGetClassifyListExtResult(const QByteArray& bytes, std::string& message,
+                                      std::vector<CategoryNode>& list);
+    int parseGetLiveTagsResult(const QByteArray& bytes, std::string& message, int32_t& hasIcon,
+                               std::string& tagGroupName, std::vector<CategoryNode>& tags);
+    void setCurrentCategory(int32_t cid2, int32_t cid3);
+    int32_t currentCid2() const;
+    int32_t currentCid3() const;
+
 private:
+    // Push URL -> line id of the lines the last reply offered.
+    using PushLineTable = std::map<std::string, int32_t>;
+
+    // The start of a parser that parseDataObject does not fit: another message key, "data" as an
+    // array, or failure codes that carry a payload of their own (room/push_lines.cpp). Banner,
+    // envelope check into `root`, then "data". Returns 0 with `data` filled; 1 with the
+    // data-error text in lastErrorMessage() when "data" is missing or of the other type; else
+    // the server's code unmapped, its message in lastErrorMessage() and `root` keeping the rest
+    // of the reply. Callers return mapServerErrorCode of it, which leaves the 1 as it is.
+    int parseReplyData(const char* parserName, const QByteArray& bytes, const QString& messageKey,
+                       QJsonObject& root, QJsonObject& data);
+    int parseReplyData(const char* parserName, const QByteArray& bytes, const QString& messageKey,
+                       QJsonObject& root, QJsonArray& data);
+
     // Everything reset() restores, so a member added here is restored with no further code.
     struct State {
         std::string lastErrorMessage;
@@ -122,7 +160,16 @@ private:
         UserProfile profile;
         RoomInfo roomInfo;
         std::vector<CategoryNode> emotionWhiteList;
+        // Read and written only under pushLinesMutex_.
+        PushLineTable pushLines;
+        PushLineTable h265PushLines;
+        std::string fmsValue;
+        std::string referenceUrl;
+        int32_t currentCid2 = 0;
+        int32_t currentCid3 = 0;
     };
 
     State state_;
+    // Outside State, which reset() reassigns under this lock.
+    mutable QMutex pushLinesMutex_;
 };
