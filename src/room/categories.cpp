@@ -3,6 +3,7 @@
 #include <QJsonObject>
 
 #include "parse/data_parser.h"
+#include "service/vx_net_service_imp.h"
 
 namespace {
 
@@ -128,4 +129,123 @@ int32_t DataParser::currentCid2() const {
 
 int32_t DataParser::currentCid3() const {
     return state_.currentCid3;
+}
+
+namespace {
+
+using tolvane::net::HostKind;
+using tolvane::net::HttpMethod;
+using tolvane::net::registerOperation;
+
+const tolvane::net::OperationRow& kClassifyInfo = registerOperation(
+    hostRow("getClassifyInfo", HttpMethod::Post, HostKind::ContentApi,
+            "/api/videoPartner/getAllCateInfo", "api/videoPartner/getAllCateInfo"));
+
+// The web site signs this path with its leading slash, unlike every other operation.
+const tolvane::net::OperationRow& kClassifyListExt =
+    registerOperation(hostRow("getClassifyListExt", HttpMethod::Post, HostKind::WebSite,
+                              "/api/videoPartner/join", "/api/videoPartner/join"));
+
+const tolvane::net::OperationRow& kSetLiveClassify =
+    registerOperation(hostRow("setLiveClassify", HttpMethod::Post, HostKind::Mobile2,
+                              "/livenc/liveTool/updateCate", "livenc/liveTool/updateCate")
+                          .messageIn("msg"));
+
+const tolvane::net::OperationRow& kLiveTags =
+    registerOperation(hostRow("getLiveTags", HttpMethod::Post, HostKind::ContentApi,
+                              "/api/videoPartner/getCidTagList", "api/videoPartner/getCidTagList"));
+
+const tolvane::net::OperationRow& kSetGameTag = registerOperation(
+    hostRow("setGameTag", HttpMethod::Post, HostKind::ContentApi,
+            "/api/videoPartner/updateCidTagInfo", "api/videoPartner/updateCidTagInfo"));
+
+// Signed over the last path segment alone.
+const tolvane::net::OperationRow& kClassifyIsVoice =
+    registerOperation(hostRow("classifyIsVoice", HttpMethod::Post, HostKind::ContentApi,
+                              "/api/v1/livingCheck", "livingCheck"));
+
+const tolvane::net::OperationRow& kSubmitGameInfo =
+    registerOperation(hostRow("submitGameInfoEx", HttpMethod::Post, HostKind::ContentApi,
+                              "/api/v1/submitGameProcess", "submitGameProcess"));
+
+const QString kTagCategoryType = QStringLiteral("2");
+
+}  // namespace
+
+// slot 48
+int32_t VxNetServiceImp::getClassifyInfo(std::vector<CategoryNode>& tree,
+                                         std::vector<CategoryNode>& suggestions,
+                                         std::string& message) {
+    const ParamList items{{QStringLiteral("room_id"), QString::number(getRoomId())},
+                          {QStringLiteral("relate"), QStringLiteral("1")},
+                          {QStringLiteral("isShowVertical"), QStringLiteral("0")},
+                          {QStringLiteral("cate2_id"), QString::number(parser_.currentCid2())}};
+    return runOperation(kClassifyInfo, items, &message, [&](const QByteArray& reply) {
+        return parser_.parseGetClassifyListResult(reply, message, tree, suggestions);
+    });
+}
+
+int32_t VxNetServiceImp::getClassifyListExt(std::vector<CategoryNode>& list, std::string& message) {
+    const ParamList items{{QStringLiteral("rid"), QString::number(getRoomId())}};
+    return runOperation(kClassifyListExt, items, &message, [&](const QByteArray& reply) {
+        return parser_.parseGetClassifyListExtResult(reply, message, list);
+    });
+}
+
+// slot 47
+int32_t VxNetServiceImp::setLiveClassify(int32_t cid2, int32_t cid3, std::string& message) {
+    const ParamList items{{QStringLiteral("token"), QString::fromStdString(sessionToken())},
+                          {QStringLiteral("cid2"), QString::number(cid2)},
+                          {QStringLiteral("cid3"), QString::number(cid3)}};
+    const int32_t result = runOperation(kSetLiveClassify, items, &message);
+    if (result == 0) {
+        parser_.setCurrentCategory(cid2, cid3);
+    }
+    return result;
+}
+
+// slot 59
+int32_t VxNetServiceImp::getLiveTags(bool& hasTags, int32_t& hasIcon, std::string& tagGroupName,
+                                     std::vector<CategoryNode>& tags, std::string& message) {
+    const ParamList items{{QStringLiteral("token"), QString::fromStdString(sessionToken())},
+                          {QStringLiteral("cid"), QString::number(parser_.currentCid2())},
+                          {QStringLiteral("ctype"), kTagCategoryType}};
+    const int32_t result = runOperation(kLiveTags, items, &message, [&](const QByteArray& reply) {
+        return parser_.parseGetLiveTagsResult(reply, message, hasIcon, tagGroupName, tags);
+    });
+    hasTags = !tags.empty();
+    return result;
+}
+
+// slot 52
+int32_t VxNetServiceImp::setGameTag(int32_t tid, std::string& message) {
+    const ParamList items{{QStringLiteral("tid"), QString::number(tid)},
+                          {QStringLiteral("token"), QString::fromStdString(sessionToken())},
+                          {QStringLiteral("cid"), QString::number(parser_.currentCid2())},
+                          {QStringLiteral("ctype"), kTagCategoryType}};
+    return runOperation(kSetGameTag, items, &message);
+}
+
+// slot 41
+int32_t VxNetServiceImp::classifyIsVoice(bool* isVoice, std::string& message) {
+    if (isVoice == nullptr) {
+        logBanner(kClassifyIsVoice.name);
+        message = u8"参数错误";
+        return 1;
+    }
+    const ParamList items{{QStringLiteral("token"), QString::fromStdString(sessionToken())},
+                          {QStringLiteral("rid"), QString::number(getRoomId())}};
+    // The server answers the question with its code: 0 means a voice category.
+    const int32_t result = runOperation(kClassifyIsVoice, items, &message);
+    *isVoice = result == 0;
+    return result;
+}
+
+// slot 51
+int32_t VxNetServiceImp::submitGameInfoEx(const GameProcessInfo& game, std::string& message) {
+    const ParamList items{{QStringLiteral("token"), QString::fromStdString(sessionToken())},
+                          {QStringLiteral("name"), QString::fromStdString(game.name)},
+                          {QStringLiteral("process"), QString::fromStdString(game.process)},
+                          {QStringLiteral("type"), QString::number(game.type)}};
+    return runOperation(kSubmitGameInfo, items, &message);
 }

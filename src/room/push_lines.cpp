@@ -5,6 +5,7 @@
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
 #include "service/log_writer.h"
+#include "service/vx_net_service_imp.h"
 
 namespace {
 
@@ -211,4 +212,64 @@ std::string DataParser::fmsValue() const {
 
 std::string DataParser::referenceUrl() const {
     return state_.referenceUrl;
+}
+
+namespace {
+
+using tolvane::net::BaseKind;
+using tolvane::net::CommonPlacement;
+using tolvane::net::FailureLog;
+using tolvane::net::HttpMethod;
+using tolvane::net::registerOperation;
+
+// The mobile service takes aid, client_sys and time as headers and the rest as the form.
+const tolvane::net::OperationRow& kAllRtmpAddresses =
+    registerOperation(baseRow("get_all_rtmp_addresses", HttpMethod::Post, BaseKind::Mobile3,
+                              "mgapi/livenc/anchor/getRtMpList")
+                          .commonIn(CommonPlacement::Headers)
+                          .withClientSys()
+                          .withExpiryHook()
+                          .logging(FailureLog::PathAndReply));
+
+}  // namespace
+
+// slot 3
+int32_t VxNetServiceImp::get_rtmp_address(std::string& pushUrl, int32_t& lineId) {
+    logBanner("get_rtmp_address");
+    return requestRoomInfo(
+        [&](const QByteArray& reply) {
+            pushUrl.clear();
+            return parser_.parseRtmpResult(reply, pushUrl, lineId);
+        },
+        true);
+}
+
+// slot 12
+int32_t VxNetServiceImp::get_all_rtmp_addresses(PushAddress*& addresses, int32_t& count,
+                                                PushAddress*& h265Addresses, int32_t& h265Count) {
+    ParamList items{{QStringLiteral("token"), QString::fromStdString(sessionToken())}};
+    appendLiveCategory(items);
+    // The parser fills these only for the lists the reply holds; the host's values stay
+    // untouched for the others.
+    PushAddress* mainLines = nullptr;
+    int32_t mainCount = 0;
+    PushAddress* h265Lines = nullptr;
+    int32_t h265LineCount = 0;
+    const int32_t result =
+        runOperation(kAllRtmpAddresses, items, nullptr, [&](const QByteArray& reply) {
+            return parser_.parseAllRtmpAddressResult(reply, mainLines, mainCount, h265Lines,
+                                                     h265LineCount);
+        });
+    if (mainLines != nullptr) {
+        addresses = mainLines;
+        count = mainCount;
+    }
+    if (h265Lines != nullptr) {
+        h265Addresses = h265Lines;
+        h265Count = h265LineCount;
+    }
+    if (result == 0) {
+        pushAddresses_.assign(mainLines, mainLines + (mainLines != nullptr ? mainCount : 0));
+    }
+    return result;
 }

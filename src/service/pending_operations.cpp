@@ -8,12 +8,6 @@ namespace {
 constexpr int32_t kNotYetAvailable = tolvane::kNoAnswer;
 }  // namespace
 
-// slot 3
-int32_t VxNetServiceImp::get_rtmp_address(std::string& pushUrl, int32_t& lineId) {
-    logBanner("get_rtmp_address");
-    return kNotYetAvailable;
-}
-
 // slot 10
 int32_t VxNetServiceImp::get_black_user_list(std::string& reply) {
     logBanner("get_black_user_list");
@@ -24,30 +18,6 @@ int32_t VxNetServiceImp::get_black_user_list(std::string& reply) {
 int32_t VxNetServiceImp::unblack_user(const std::string& userId, std::string& reply) {
     logBanner("unblack_user");
     return kNotYetAvailable;
-}
-
-// slot 12
-int32_t VxNetServiceImp::get_all_rtmp_addresses(PushAddress*& addresses, int32_t& count,
-                                                PushAddress*& h265Addresses, int32_t& h265Count) {
-    logBanner("get_all_rtmp_addresses");
-    return kNotYetAvailable;
-}
-
-// slot 14
-int32_t VxNetServiceImp::open_live_room(const std::string& pushUrl) {
-    logBanner("open_live_room");
-    return kNotYetAvailable;
-}
-
-// slot 15
-int32_t VxNetServiceImp::stop_live_room() {
-    logBanner("stop_live_room");
-    return kNotYetAvailable;
-}
-
-// slot 20
-bool VxNetServiceImp::getRtmpAddressList(std::vector<PushAddress>& addresses) {
-    return false;
 }
 
 // slot 28
@@ -76,12 +46,6 @@ int32_t VxNetServiceImp::getWatermarkLocation() {
     return kNotYetAvailable;
 }
 
-// slot 41
-int32_t VxNetServiceImp::classifyIsVoice(bool* isVoice, std::string& message) {
-    logBanner("classifyIsVoice");
-    return kNotYetAvailable;
-}
-
 // slot 42
 int32_t VxNetServiceImp::getFollowCnt(int32_t& count) {
     logBanner("getFollowCnt");
@@ -105,42 +69,9 @@ int32_t VxNetServiceImp::getLiveRoomParameter(LiveRoomParameter& parameter) {
     return kNotYetAvailable;
 }
 
-// slot 47
-int32_t VxNetServiceImp::setLiveClassify(int32_t cid2, int32_t cid3, std::string& message) {
-    logBanner("setLiveClassify");
-    return kNotYetAvailable;
-}
-
-// slot 48
-int32_t VxNetServiceImp::getClassifyInfo(std::vector<CategoryNode>& tree,
-                                         std::vector<CategoryNode>& suggestions,
-                                         std::string& message) {
-    logBanner("getClassifyInfo");
-    return kNotYetAvailable;
-}
-
-// slot 51
-int32_t VxNetServiceImp::submitGameInfoEx(const GameProcessInfo& game, std::string& message) {
-    logBanner("submitGameInfoEx");
-    return kNotYetAvailable;
-}
-
-// slot 52
-int32_t VxNetServiceImp::setGameTag(int32_t tid, std::string& message) {
-    logBanner("setGameTag");
-    return kNotYetAvailable;
-}
-
 // slot 57
 int32_t VxNetServiceImp::getLivingStatisticalInfo(LivingStatistics& statistics) {
     logBanner("getLivingStatisticalInfo");
-    return kNotYetAvailable;
-}
-
-// slot 59
-int32_t VxNetServiceImp::getLiveTags(bool& hasTags, int32_t& hasIcon, std::string& tagGroupName,
-                                     std::vector<CategoryNode>& tags, std::string& message) {
-    logBanner("getLiveTags");
     return kNotYetAvailable;
 }
 
