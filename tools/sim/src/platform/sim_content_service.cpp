@@ -1,17 +1,15 @@
 #include "platform/sim_content_service.h"
 
 #include <QJsonObject>
-#include <cstdlib>
 
 #include "http/sim_http_server.h"
 #include "http/sim_replies.h"
+#include "platform/sim_caller.h"
 #include "platform/sim_platform_state.h"
 
 namespace tolvane::sim {
 
 namespace {
-
-using namespace content_codes;
 
 SimReply timestamp(SimPlatformState& state) {
     const auto failure = state.takeTimestampFailure();
@@ -30,23 +28,12 @@ SimReply timestamp(SimPlatformState& state) {
     return SimReply{200, "<html>maintenance</html>", "text/html"};
 }
 
-// Signed requests must carry the platform's time, which is why the module keeps an offset.
-bool timeInWindow(const SimPlatformState& state, const SimRequest& request) {
-    const long long sent = std::atoll(request.queryValue("time").c_str());
-    return std::llabs(sent - state.nowSeconds()) <= kSignedTimeWindowSeconds;
-}
-
 SimReply myInfo(SimPlatformState& state, const SimRequest& request) {
-    if (!timeInWindow(state, request)) {
-        return errorReply(kTimeOutOfWindow, QStringLiteral("请求时间无效"));
-    }
-    const auto session = state.sessionByToken(request.param("token"));
-    if (!session) {
-        return errorReply(kSessionExpired, QStringLiteral("登录已失效，请重新登录"));
-    }
-    const auto account = state.accountByUid(session->uid);
+    const SimCaller caller =
+        identifyCaller(state, request.queryValue("time"), request.param("token"));
+    const auto& account = caller.account;
     if (!account) {
-        return errorReply(kSessionExpired, QStringLiteral("登录已失效，请重新登录"));
+        return caller.refusal;
     }
     if (account->profileError != 0) {
         return errorReply(account->profileError, QStringLiteral("用户信息获取失败"));

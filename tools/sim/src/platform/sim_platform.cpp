@@ -2,7 +2,9 @@
 
 #include "barrage/barrage_server.h"
 #include "http/sim_builtin_routes.h"
+#include "platform/sim_category_service.h"
 #include "platform/sim_content_service.h"
+#include "platform/sim_live_service.h"
 #include "platform/sim_passport_service.h"
 #include "platform/sim_room_service.h"
 
@@ -14,6 +16,9 @@ SimPlatform::SimPlatform(const QString& folder, SimEnvironment::Options options)
     addPassportRoutes(http(), state_);
     addContentRoutes(http(), state_);
     addRoomRoutes(http(), state_);
+    addLiveRoutes(http(), state_);
+    addCategoryRoutes(http(), state_);
+    state_.liveState().setShowEndedListener([this](int) { announceShowEnd(); });
 }
 
 SimPlatform::~SimPlatform() {
@@ -29,6 +34,7 @@ void SimPlatform::stop() {
 }
 
 bool SimPlatform::startBarrageServers(int count) {
+    std::lock_guard<std::mutex> lock(barrageMutex_);
     for (int i = 0; i < count; ++i) {
         auto server = std::make_unique<::sim::BarrageServer>();
         if (server->port() == 0) {
@@ -43,6 +49,25 @@ bool SimPlatform::startBarrageServers(int count) {
     state_.setGatewayServers(addresses);
     state_.setRoomServers(std::move(addresses));
     return true;
+}
+
+int SimPlatform::barrageServerCount() const {
+    std::lock_guard<std::mutex> lock(barrageMutex_);
+    return static_cast<int>(barrageServers_.size());
+}
+
+::sim::BarrageServer& SimPlatform::barrageServer(int index) {
+    std::lock_guard<std::mutex> lock(barrageMutex_);
+    return *barrageServers_.at(index);
+}
+
+void SimPlatform::announceShowEnd() {
+    // Reason 1: the anchor closed the show; no ban.
+    constexpr int32_t kClosedByAnchor = 1;
+    std::lock_guard<std::mutex> lock(barrageMutex_);
+    for (const auto& server : barrageServers_) {
+        server->sendShowEnd(kClosedByAnchor, 0);
+    }
 }
 
 }  // namespace tolvane::sim

@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "platform/sim_platform_state.h"
@@ -32,14 +33,19 @@ public:
 
     // Starts `count` more barrage servers and names every running one in both the gateway
     // list and the room list, so that either reply alone leads the client to a server.
-    // False when a server could not listen.
+    // False when a server could not listen. A show that ends (closeLive) is announced on
+    // every running server.
     bool startBarrageServers(int count);
-    int barrageServerCount() const { return static_cast<int>(barrageServers_.size()); }
-    ::sim::BarrageServer& barrageServer(int index) { return *barrageServers_.at(index); }
+    int barrageServerCount() const;
+    ::sim::BarrageServer& barrageServer(int index);
 
 private:
+    void announceShowEnd();
+
     SimPlatformState state_;
     SimEnvironment environment_;
+    // Guards the list only: the HTTP threads announce show ends while tests add servers.
+    mutable std::mutex barrageMutex_;
     // Declared last so that the servers stop before the state their lists live in.
     std::vector<std::unique_ptr<::sim::BarrageServer>> barrageServers_;
 };

@@ -9,6 +9,9 @@
 #include <string>
 #include <vector>
 
+#include "platform/sim_category_catalogue.h"
+#include "platform/sim_live_state.h"
+
 namespace tolvane::sim {
 
 // One account of the fixture: credentials, profile and room as the services hand them out.
@@ -102,6 +105,12 @@ public:
     void setEmotionWhiteList(std::vector<int> cate2Ids);
     std::vector<int> emotionWhiteList() const;
 
+    // Push lines and show events, and categories and tags; each guards itself.
+    SimLiveState& liveState() { return liveState_; }
+    const SimLiveState& liveState() const { return liveState_; }
+    SimCategoryCatalogue& categories() { return categories_; }
+    const SimCategoryCatalogue& categories() const { return categories_; }
+
 private:
     mutable std::mutex mutex_;
     std::vector<SimAccount> accounts_;
@@ -119,6 +128,8 @@ private:
     std::vector<SimServerAddress> gatewayServers_;
     std::vector<SimServerAddress> roomServers_;
     std::vector<int> emotionWhiteList_{201, 207, 311};
+    SimLiveState liveState_;
+    SimCategoryCatalogue categories_;
 };
 
 }  // namespace tolvane::sim

@@ -3,23 +3,15 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <cstdlib>
 
 #include "http/sim_http_server.h"
 #include "http/sim_replies.h"
-#include "platform/sim_content_service.h"
+#include "platform/sim_caller.h"
 #include "platform/sim_platform_state.h"
 
 namespace tolvane::sim {
 
 namespace {
-
-using namespace content_codes;
-
-bool timeInWindow(const SimPlatformState& state, const SimRequest& request) {
-    const long long sent = std::atoll(request.queryValue("time").c_str());
-    return std::llabs(sent - state.nowSeconds()) <= kSignedTimeWindowSeconds;
-}
 
 // The room information writes ports as text, the gateway as numbers; the module must read both.
 QJsonArray serverList(const std::vector<SimServerAddress>& servers, bool portAsText) {
@@ -32,16 +24,29 @@ QJsonArray serverList(const std::vector<SimServerAddress>& servers, bool portAsT
     return list;
 }
 
+// The room names the category it last picked, and its main push line.
+void addRoomSetup(const SimPlatformState& state, int roomId, QJsonObject& room) {
+    if (const auto category = state.categories().category(roomId)) {
+        room.insert(QStringLiteral("cate_id"), QString::number(category->cid2));
+        room.insert(QStringLiteral("game_name"), QString::fromStdString(category->cate2Name));
+        room.insert(QStringLiteral("child_name"), QString::fromStdString(category->cate3Name));
+    }
+    const SimSendAddress send = state.liveState().sendAddress(roomId);
+    room.insert(QStringLiteral("rtmp_send_id"), send.id);
+    room.insert(QStringLiteral("rtmp_send_url"), QString::fromStdString(send.url));
+    room.insert(QStringLiteral("rtmp_send_live"), QString::fromStdString(send.live));
+}
+
 SimReply myRoom(SimPlatformState& state, const SimRequest& request) {
-    if (!timeInWindow(state, request)) {
-        return errorReply(kTimeOutOfWindow, QStringLiteral("请求时间无效"));
+    const SimCaller caller =
+        identifyCaller(state, request.queryValue("time"), request.formValue("token"));
+    if (!caller.account) {
+        return caller.refusal;
     }
-    const auto session = state.sessionByToken(request.formValue("token"));
-    const auto account = session ? state.accountByUid(session->uid) : std::nullopt;
-    if (!account) {
-        return errorReply(kSessionExpired, QStringLiteral("登录已失效，请重新登录"));
+    QJsonObject room = caller.account->room;
+    if (caller.roomId() != 0) {
+        addRoomSetup(state, caller.roomId(), room);
     }
-    QJsonObject room = account->room;
     room.insert(QStringLiteral("servers"), serverList(state.roomServers(), true));
     room.insert(QStringLiteral("show_status"),
                 state.live() ? QStringLiteral("1") : QStringLiteral("2"));
@@ -50,8 +55,8 @@ SimReply myRoom(SimPlatformState& state, const SimRequest& request) {
 }
 
 SimReply gateway(SimPlatformState& state, const SimRequest& request) {
-    if (!timeInWindow(state, request)) {
-        return errorReply(kTimeOutOfWindow, QStringLiteral("请求时间无效"));
+    if (!timeInWindow(state, request.queryValue("time"))) {
+        return timeRefusal();
     }
     return okReply(QJsonObject{{"iplist", serverList(state.gatewayServers(), false)}});
 }

@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "barrage/barrage_server.h"
+#include "http/sim_signature.h"
+#include "platform/sim_platform.h"
+#include "service/vx_net_service_imp.h"
+#include "sim/sim_test_support.h"
+#include "support/recording_observer.h"
+#include "support/scoped_env.h"
+#include "support/wait.h"
+
+namespace {
+
+using tolvane::sim::sortedQueryText;
+
+// The services' refusals that the module cannot provoke itself: it only ever names lines and
+// categories it was given, and sends them with a fresh session and time.
+class SimLiveServices : public ::testing::Test {
+protected:
+    void SetUp() override { ASSERT_TRUE(sim_.start()); }
+
+    std::string sessionOf(const char* account) {
+        const auto grant = sim_.state().grantLogin(*sim_.state().accountByName(account));
+        const tolvane::sim::SimSession& s = grant.session;
+        return s.uid + "_" + std::to_string(s.bizType) + "_" + s.shortToken + "_" +
+               std::to_string(s.clientType) + "_" + std::to_string(s.longTokenId);
+    }
+    std::string now(int skew = 0) { return std::to_string(sim_.state().nowSeconds() + skew); }
+
+    // A mobile API request: aid, time and auth travel as headers, the items as the form.
+    QJsonObject postMobile(const std::string& path, const Pairs& form, const std::string& time) {
+        const std::string signedText =
+            path + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form);
+        const Pairs headers = {{"aid", "vxtool"},
+                               {"client_sys", "pc"},
+                               {"time", time},
+                               {"auth", sign(signedText, false)}};
+        return post("/" + path, headers, form);
+    }
+    // An own-URL request: aid, time and auth in the query, the items as the form.
+    QJsonObject postOwnUrl(const std::string& path, const std::string& signingPath,
+                           const Pairs& form) {
+        const std::string time = now();
+        const std::string signedText =
+            signingPath + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form);
+        const Pairs query = {{"aid", "vxtool"}, {"time", time}, {"auth", sign(signedText, false)}};
+        return post(path + "?" + encodePairs(query), {}, form);
+    }
+    QJsonObject post(const std::string& target, const Pairs& headers, const Pairs& form) {
+        httplib::Client client = clientFor(sim_.http().origin());
+        const httplib::Result result =
+            client.Post(target.c_str(), toHeaders(headers), encodePairs(form),
+                        "application/x-www-form-urlencoded");
+        EXPECT_TRUE(result) << httplib::to_string(result.error());
+        return jsonBody(result);
+    }
+
+    IsolatedWorkspace workspace_;
+    tolvane::sim::SimPlatform sim_{workspace_.path()};
+};
+
+TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
+    const std::string fms = sim_.state().liveState().lines(880001).fmsValue;
+    const std::string anchor = sessionOf("anchor");
+    struct Case {
+        const char* name;
+        std::string token;
+        const char* lineId;
+        std::string fms;
+        int skew;
+        int error;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"MainLine", anchor, "3", fms, 0, 0},
+        {"H265Line", anchor, "12", fms, 0, 0},
+        {"UnknownLine", anchor, "99", fms, 0, 4002},
+        {"LineIdNotANumber", anchor, "3x", fms, 0, 4002},
+        {"StaleFms", anchor, "1", "fms-880001-old", 0, 4003},
+        {"NoSession", "10001_13_nosuch_3_1", "3", fms, 0, 606},
+        {"TimeOutOfWindow", anchor, "3", fms, -400, 1011},
+        {"AccountWithoutRoom", sessionOf("traveller"), "3", fms, 0, 4001},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        sim_.state().setLive(false);
+        const QJsonObject reply = postMobile("mgapi/livenc/anchor/startLive",
+                                             {{"token", c.token},
+                                              {"client_sys", "pc"},
+                                              {"fms_val", c.fms},
+                                              {"rtmp_id", c.lineId},
+                                              {"live_client_type", "11"},
+                                              {"room_live_type", "0"},
+                                              {"is_third_party_obs", "0"},
+                                              {"is_rtc", "0"},
+                                              {"is_hdr", "0"}},
+                                             now(c.skew));
+        EXPECT_EQ(reply.value("error").toInt(-1), c.error);
+        EXPECT_EQ(sim_.state().live(), c.error == 0);
+        if (c.error != 0) {
+            EXPECT_FALSE(reply.value("data").toString().isEmpty());
+        }
+    }
+}
+
+TEST_F(SimLiveServices, CloseLiveEndsTheShowForConnectedBarrageClients) {
+    ASSERT_TRUE(sim_.startBarrageServers(1));
+    RecordingObserver observer;
+    VxNetServiceImp service(&observer, nullptr);
+    std::string error, longToken, token;
+    ASSERT_EQ(service.login("anchor", "secret123", error, longToken), 0) << error;
+    ASSERT_EQ(service.startBarrage(), 0);
+    ASSERT_TRUE(waitUntil([&] { return !observer.events("status ").empty(); }, 5000));
+    sim_.state().setLive(true);
+
+    service.getToken(token);
+    const QJsonObject reply =
+        postMobile("mgapi/livenc/anchor/closeLive", {{"token", token}}, now());
+    EXPECT_EQ(reply.value("error").toInt(-1), 0);
+    EXPECT_FALSE(sim_.state().live());
+    // Reason 1 (closed by the anchor) reaches the host as 0, without ban hours.
+    ASSERT_TRUE(waitUntil([&] { return !observer.events("end ").empty(); }));
+    EXPECT_EQ(observer.events("end "), std::vector<std::string>{"end 0 0.000000"});
+}
+
+TEST_F(SimLiveServices, CategoryAndTagRefusals) {
+    const std::string token = sessionOf("anchor");
+    struct Case {
+        const char* name;
+        std::string path, signingPath;
+        Pairs form;
+        int error;
+        const char* messageKey;
+    };
+    const std::string updateCate = "/livenc/liveTool/updateCate";
+    const std::string updateTag = "/api/videoPartner/updateCidTagInfo";
+    // clang-format off
+    const Case cases[] = {
+        {"NoSuchCate2", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "999"}, {"cid3", "0"}}, 4101, "msg"},
+        {"Cate3OfAnotherCate2", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "12"}, {"cid3", "2011"}}, 4101, "msg"},
+        {"Cate3MissingWhereNeeded", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "12"}, {"cid3", "0"}}, 4101, "msg"},
+        {"Cate3WhereNoneExist", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "13"}, {"cid3", "131"}}, 4101, "msg"},
+        {"SessionRefusalUsesMsg", updateCate, "livenc/liveTool/updateCate", {{"token", "x"}, {"cid2", "13"}, {"cid3", "0"}}, 606, "msg"},
+        {"TagOfAnotherCategory", updateTag, "api/videoPartner/updateCidTagInfo", {{"tid", "2101"}, {"token", token}, {"cid", "12"}, {"ctype", "2"}}, 4102, "data"},
+        {"TagOfCategoryWithoutTags", updateTag, "api/videoPartner/updateCidTagInfo", {{"tid", "1201"}, {"token", token}, {"cid", "13"}, {"ctype", "2"}}, 4102, "data"},
+        {"JoinWithoutRoom", "/api/videoPartner/join", "/api/videoPartner/join", {{"rid", "0"}}, 4103, "msg"},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        const QJsonObject reply = postOwnUrl(c.path, c.signingPath, c.form);
+        EXPECT_EQ(reply.value("error").toInt(-1), c.error);
+        EXPECT_TRUE(reply.value(c.messageKey).isString());
+    }
+    // Refusals leave the room as it was.
+    const auto category = sim_.state().categories().category(880001);
+    ASSERT_TRUE(category.has_value());
+    EXPECT_EQ(category->cid2, 12);
+    EXPECT_EQ(category->cid3, 121);
+    EXPECT_FALSE(sim_.state().categories().tag(880001).has_value());
+}
+
+}  // namespace
