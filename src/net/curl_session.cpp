@@ -2,6 +2,7 @@
 
 #include <array>
 #include <mutex>
+#include <optional>
 #include <utility>
 
 namespace tolvane::net {
@@ -37,6 +38,41 @@ std::string curlVersionAgent() {
     const curl_version_info_data* info = curl_version_info(CURLVERSION_NOW);
     return std::string("curl/") + (info != nullptr ? info->version : "");
 }
+
+// When a reused connection dies after the request went out and before any byte of the reply,
+// libcurl silently sends the request again on a new connection. The server may well have
+// acted on the first copy, so a POST must not go out twice: this refuses a second send of the
+// same hop, which ends the transfer as aborted. A followed redirect is a new request and passes.
+// It hooks the handle for one perform and unhooks it when that ends.
+class SingleSendGuard {
+public:
+    explicit SingleSendGuard(CURL* handle) : handle_(handle) {
+        curl_easy_setopt(handle_, CURLOPT_PREREQFUNCTION, &SingleSendGuard::beforeSend);
+        curl_easy_setopt(handle_, CURLOPT_PREREQDATA, this);
+    }
+    ~SingleSendGuard() {
+        curl_easy_setopt(handle_, CURLOPT_PREREQFUNCTION, nullptr);
+        curl_easy_setopt(handle_, CURLOPT_PREREQDATA, nullptr);
+    }
+    SingleSendGuard(const SingleSendGuard&) = delete;
+    SingleSendGuard& operator=(const SingleSendGuard&) = delete;
+
+private:
+    // libcurl calls this once per attempt, on the connection the request is about to use.
+    static int beforeSend(void* self, char*, char*, int, int) {
+        auto* guard = static_cast<SingleSendGuard*>(self);
+        long hop = 0;
+        curl_easy_getinfo(guard->handle_, CURLINFO_REDIRECT_COUNT, &hop);
+        if (hop == guard->sentHop_) {
+            return CURL_PREREQFUNC_ABORT;
+        }
+        guard->sentHop_ = hop;
+        return CURL_PREREQFUNC_OK;
+    }
+
+    CURL* handle_;
+    long sentHop_ = -1;  // the redirect count at the last send; -1 before the first
+};
 
 }  // namespace
 
@@ -189,6 +225,11 @@ CurlResponse CurlSession::perform(bool isPost) {
     curl_easy_setopt(handle_, CURLOPT_WRITEFUNCTION, appendToString);
     curl_easy_setopt(handle_, CURLOPT_WRITEDATA, &response.body);
 
+    // GETs change nothing on the server and keep libcurl's resend.
+    std::optional<SingleSendGuard> singleSend;
+    if (isPost) {
+        singleSend.emplace(handle_);
+    }
     const CURLcode result = curl_easy_perform(handle_);
 
     curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &response.statusCode);

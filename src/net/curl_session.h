@@ -53,6 +53,8 @@ public:
     std::string fullUrl() const;
 
     CurlResponse get();
+    // Sent at most once: when a kept connection dies before any reply, libcurl's resend on a new
+    // connection is refused and the call fails (REQUEST_CANCELLED). A GET is resent.
     CurlResponse post();
 
 private:

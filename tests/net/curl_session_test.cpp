@@ -1,10 +1,15 @@
 #include <gtest/gtest.h>
+#include <httplib.h>
+
+#include <thread>
 
 #include "http/sim_http_server.h"
 #include "net/curl_session.h"
+#include "support/wait.h"
 
 using tolvane::net::CprErrorCode;
 using tolvane::net::CurlSession;
+using tolvane::sim::SimFault;
 using tolvane::sim::SimHttpServer;
 
 // Header names ignore case: the two spellings below go out as one header.
@@ -41,4 +46,87 @@ TEST(CurlSession, KeepsItsConnectionAndTlsSessionBetweenRequests) {
         EXPECT_EQ(moved.get().newConnections, 0) << origin;
         EXPECT_EQ(session.get().errorCode, CprErrorCode::INTERNAL_ERROR);  // NOLINT: moved-from
     }
+}
+
+namespace {
+
+struct HangUpCase {
+    const char* name;
+    bool post;
+    long status;  // 0: the call fails
+    CprErrorCode error;
+    std::size_t timesSeen;
+};
+
+// The server reads the request and hangs up on a connection kept from an earlier request, which
+// makes libcurl send the request again on a new connection. The fault is one-shot, so a resend
+// would be answered.
+const HangUpCase kHangUps[] = {
+    // A POST may have changed something on the server: it never goes out twice.
+    {"Post", true, 0, CprErrorCode::REQUEST_CANCELLED, 1},
+    {"Get", false, 200, CprErrorCode::OK, 2},
+};
+
+}  // namespace
+
+TEST(CurlSession, ResendsAGetButNeverAPostAfterTheServerHungUp) {
+    tolvane::sim::SimCertificateAuthority authority;
+    ASSERT_TRUE(authority.isValid());
+    SimHttpServer server;
+    ASSERT_TRUE(server.start());
+    ASSERT_TRUE(server.startHttps(authority.trustedIdentity()));
+
+    for (const HangUpCase& c : kHangUps) {
+        for (const std::string& origin : {server.httpOrigin(), server.httpsOrigin()}) {
+            const std::string where = std::string(c.name) + " " + origin;
+            CurlSession session;
+            session.setCaFile(authority.caFile());
+            session.setTimeoutMs(5000);
+            session.setUrl(origin + "/sim/echo/none");
+            ASSERT_EQ(session.get().statusCode, 200) << where;
+
+            server.setFault("/sim/echo/query", SimFault::closeBeforeReply().oneShot());
+            const std::size_t seenBefore = server.requestLog().to("/sim/echo/query").size();
+            session.setUrl(origin + "/sim/echo/query");
+            session.setBody("n=1");
+            const auto faulted = c.post ? session.post() : session.get();
+            EXPECT_EQ(faulted.statusCode, c.status) << where;
+            EXPECT_EQ(faulted.errorCode, c.error) << where << ": " << faulted.errorMessage;
+            EXPECT_EQ(server.requestLog().to("/sim/echo/query").size() - seenBefore, c.timesSeen)
+                << where;
+
+            // The session is not left broken.
+            const auto next = session.post();
+            EXPECT_EQ(next.statusCode, 200) << where << ": " << next.errorMessage;
+        }
+    }
+}
+
+// A redirect is a new request the server asked for, not a resend: a POST follows it, body and all.
+TEST(CurlSession, FollowsRedirectsOfAPost) {
+    httplib::Server server;
+    server.Post("/moved", [](const httplib::Request&, httplib::Response& out) {
+        out.set_redirect("/moved-again", 307);
+    });
+    server.Post("/moved-again", [](const httplib::Request&, httplib::Response& out) {
+        out.set_redirect("/landing", 302);
+    });
+    server.Post("/landing", [](const httplib::Request& in, httplib::Response& out) {
+        out.set_content(in.body, "text/plain");
+    });
+    const int port = server.bind_to_any_port("127.0.0.1");
+    ASSERT_GT(port, 0);
+    std::thread listener([&server] { server.listen_after_bind(); });
+    waitUntil([&server] { return server.is_running(); });
+    {
+        CurlSession session;
+        session.setTimeoutMs(5000);
+        session.setUrl("http://127.0.0.1:" + std::to_string(port) + "/moved");
+        session.setBody("a=1");
+        const auto response = session.post();
+        EXPECT_EQ(response.statusCode, 200) << response.errorMessage;
+        EXPECT_EQ(response.body, "a=1");
+    }
+    server.stop();
+    listener.join();
 }

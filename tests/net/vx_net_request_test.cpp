@@ -152,6 +152,22 @@ TEST_F(VxNetRequestTest, TransportFailuresGiveTheNetworkReply) {
     EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).contains("url:sim/echo/none"));
 }
 
+// The server read the POST and hung up on a kept connection; a resend could repeat whatever the
+// POST does, so the call fails with the network reply instead.
+TEST_F(VxNetRequestTest, PostIsNotResentAfterTheServerHungUp) {
+    auto request = client();
+    QByteArray reply;
+    ASSERT_TRUE(request->cprGet(reply, 1, "sim/echo/query", {}, {}, 5000));
+    server_.setFault("/sim/echo/query", SimFault::closeBeforeReply().oneShot());
+
+    EXPECT_FALSE(request->cprPost(reply, 1, "sim/echo/query", {}, {}, {{"f", "1"}}, 5000));
+    const QJsonObject object = parse(reply);
+    EXPECT_EQ(object.keys(), QStringList({"data", "error", "msg"}));
+    EXPECT_EQ(object.value("error").toInt(), 16);
+    EXPECT_FALSE(object.value("data").toString().isEmpty());
+    EXPECT_EQ(server_.requestLog().to("/sim/echo/query").size(), 2u);  // the GET, then the POST
+}
+
 TEST_F(VxNetRequestTest, TimeOutCoversTheWholeTransfer) {
     auto request = client();
     server_.setFault("/sim/echo/query", SimFault::delay(3000));

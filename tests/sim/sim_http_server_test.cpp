@@ -34,6 +34,7 @@ const FaultCase kFaults[] = {
     {"Malformed", SimFault::malformed(), 200, 0, false, 0},
     {"LargeBody", SimFault::largeBody(3 * 1024 * 1024 + 7), 200, 3 * 1024 * 1024 + 7, true, 0},
     {"DropConnection", SimFault::dropConnection(), 0, 0, false, 0},
+    {"CloseBeforeReply", SimFault::closeBeforeReply(), 0, 0, false, 0},
     {"DelayThenStatus", SimFault::httpStatus(502).withDelay(200), 502, 0, true, 200},
 };
 
@@ -52,7 +53,7 @@ TEST_P(SimFaultTest, ShowsTheFaultThenRecoversWhenOneShot) {
     EXPECT_GE(std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - start).count(),
               c.minMillis);
     if (c.status == 0) {
-        EXPECT_FALSE(faulted) << "a dropped connection must fail the transfer";
+        EXPECT_FALSE(faulted) << "a closed connection must fail the transfer";
     } else {
         ASSERT_TRUE(faulted) << httplib::to_string(faulted.error());
         EXPECT_EQ(faulted->status, c.status);

@@ -9,6 +9,7 @@
 #include <exception>
 
 #include "http/sim_builtin_routes.h"
+#include "http/sim_connection_closer.h"
 #include "http/sim_replies.h"
 #include "http/sim_signature.h"
 
@@ -161,6 +162,11 @@ void writeFault(httplib::Response& out, const SimFault& fault) {
             break;
         case SimFault::Kind::DropConnection:
             setDroppedBody(out, okReply(QJsonValue(QStringLiteral("dropped"))).body);
+            break;
+        case SimFault::Kind::CloseBeforeReply:
+            // Only reached when the connection could not be closed; a test should see it.
+            writeReply(out, errorReply(500, QStringLiteral("connection not found to close")));
+            out.status = 500;
             break;
         case SimFault::Kind::None:
             break;
@@ -355,6 +361,9 @@ void SimHttpServer::handle(const httplib::Request& in, httplib::Response& out, c
     }
     if (!replaced) {
         writeReply(out, reply);
+        return;
+    }
+    if (fault->kind == SimFault::Kind::CloseBeforeReply && closeConnectionOf(in)) {
         return;
     }
     writeFault(out, *fault);

@@ -69,4 +69,10 @@ SimFault SimFault::dropConnection() {
     return fault;
 }
 
+SimFault SimFault::closeBeforeReply() {
+    SimFault fault;
+    fault.kind = Kind::CloseBeforeReply;
+    return fault;
+}
+
 }  // namespace tolvane::sim

@@ -73,11 +73,12 @@ struct SimRoute {
 // A misbehaviour the server shows for one path instead of its normal reply.
 struct SimFault {
     enum class Kind {
-        None,            // only the delay
-        Status,          // answer `status` with `body`
-        Malformed,       // 200 with an HTML page instead of JSON
-        LargeBody,       // 200 with exactly `size` bytes of valid JSON
-        DropConnection,  // headers and part of the body, then the socket closes
+        None,              // only the delay
+        Status,            // answer `status` with `body`
+        Malformed,         // 200 with an HTML page instead of JSON
+        LargeBody,         // 200 with exactly `size` bytes of valid JSON
+        DropConnection,    // headers and part of the body, then the socket closes
+        CloseBeforeReply,  // the request is read, then the socket closes without a reply byte
     };
     Kind kind = Kind::None;
     int delayMs = 0;
@@ -91,6 +92,7 @@ struct SimFault {
     static SimFault malformed();
     static SimFault largeBody(std::size_t bytes);
     static SimFault dropConnection();
+    static SimFault closeBeforeReply();
     SimFault& oneShot() {
         once = true;
         return *this;
