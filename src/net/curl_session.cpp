@@ -203,6 +203,11 @@ CurlResponse CurlSession::perform(bool isPost) {
     curl_easy_setopt(handle_, CURLOPT_TIMEOUT_MS, timeoutMs_);
     if (!proxy_.empty()) {
         curl_easy_setopt(handle_, CURLOPT_PROXY, proxy_.c_str());
+        // Proxies may hang up on a client right after an answer without announcing it; a POST
+        // on such a connection would fail, since it is never sent twice, so it gets its own.
+        if (isPost) {
+            curl_easy_setopt(handle_, CURLOPT_FRESH_CONNECT, 1L);
+        }
     }
     if (!caFile_.empty()) {
         // CURLOPT_CAPATH keeps its compiled-in default, so the system's authorities stay.
