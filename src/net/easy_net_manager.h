@@ -19,6 +19,9 @@ class QNetworkReply;
 // asynchronous GET. Every failure becomes a reply in the platform's envelope shape
 // {"error", "msg", "data"} so that callers parse one format.
 //
+// A POST reaches the server at most once: when the connection breaks after the request went
+// out, the call fails (Qt error 205, content re-send) instead of letting Qt send it again.
+//
 // The client lives on the thread that calls it, which must be able to run a Qt event loop.
 // stop() may be called from any thread; it switches the client off for good.
 class EasyNetManager : public QObject {
@@ -58,8 +61,11 @@ public slots:
     void onsslErrors(QNetworkReply* reply, const QList<QSslError>& errors);
 
 private:
+    // Issues the request on the manager; a body it uploads must be owned by the reply.
+    using Dispatch = std::function<QNetworkReply*(QNetworkAccessManager&, const QNetworkRequest&)>;
+
     bool sendBlocking(QNetworkAccessManager::Operation operation, const QNetworkRequest& request,
-                      const QByteArray& body, QByteArray& reply, int timeoutMs);
+                      const Dispatch& dispatch, QByteArray& reply, int timeoutMs);
     bool registerLoop(QEventLoop* loop);
     void unregisterLoop(QEventLoop* loop);
     QNetworkRequest withTrust(const QNetworkRequest& request) const;
