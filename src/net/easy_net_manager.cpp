@@ -2,6 +2,7 @@
 
 #include <QEventLoop>
 #include <QFile>
+#include <QHttpMultiPart>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkReply>
@@ -94,6 +95,31 @@ bool EasyNetManager::post(const QNetworkRequest& request, const QByteArray& body
             auto* device = tolvane::net::SendOnceDevice::fromBytes(body);
             QNetworkReply* sent = manager.post(ready, device);
             device->setParent(sent);
+            return sent;
+        },
+        reply, timeoutMs);
+}
+
+bool EasyNetManager::postMultipart(const QNetworkRequest& request,
+                                   const std::vector<tolvane::net::FormPart>& parts,
+                                   QByteArray& reply, int timeoutMs, QString* unopenedFile) {
+    if (aborting_.load()) {
+        return false;
+    }
+    QString unopened;
+    std::unique_ptr<QHttpMultiPart> form = tolvane::net::makeFormData(parts, unopened);
+    if (!form) {
+        writeLine(kMainLog, QStringLiteral("post image open failed: %1").arg(unopened));
+        if (unopenedFile != nullptr) {
+            *unopenedFile = unopened;
+        }
+        return false;
+    }
+    return sendBlocking(
+        QNetworkAccessManager::PostOperation, request,
+        [&form](QNetworkAccessManager& manager, const QNetworkRequest& ready) {
+            QNetworkReply* sent = manager.post(ready, form.get());
+            form.release()->setParent(sent);
             return sent;
         },
         reply, timeoutMs);

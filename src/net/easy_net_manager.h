@@ -12,10 +12,12 @@
 #include <mutex>
 #include <vector>
 
+#include "net/form_part.h"
+
 class QEventLoop;
 class QNetworkReply;
 
-// HTTP client on Qt Network: blocking GET and POST that wait in a local event loop, and an
+// HTTP client on Qt Network: blocking GET and POSTs that wait in a local event loop, and an
 // asynchronous GET. Every failure becomes a reply in the platform's envelope shape
 // {"error", "msg", "data"} so that callers parse one format.
 //
@@ -44,6 +46,13 @@ public:
     // Blocking POST of a form body ("application/x-www-form-urlencoded"), otherwise as get().
     bool post(const QNetworkRequest& request, const QByteArray& body, QByteArray& reply,
               int timeoutMs);
+
+    // Blocking POST of the parts as "multipart/form-data", in order, otherwise as post().
+    // Files are streamed from disk while the request goes out. When a file cannot be opened
+    // nothing is sent: false, the reply untouched, and the file's path in unopenedFile.
+    bool postMultipart(const QNetworkRequest& request,
+                       const std::vector<tolvane::net::FormPart>& parts, QByteArray& reply,
+                       int timeoutMs, QString* unopenedFile = nullptr);
 
     // Starts a GET and returns at once. The handler runs exactly once, later, on the
     // receiver's thread: with the body on success, with an empty body on a network error,
