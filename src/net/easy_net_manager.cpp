@@ -2,6 +2,7 @@
 
 #include <QEventLoop>
 #include <QFile>
+#include <QHttpMultiPart>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkReply>
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <memory>
 
+#include "net/send_once_device.h"
 #include "service/log_writer.h"
 
 using tolvane::log::kMainLog;
@@ -69,8 +71,12 @@ EasyNetManager::EasyNetManager() : QObject(nullptr), caCertificates_(authorities
 EasyNetManager::~EasyNetManager() = default;
 
 bool EasyNetManager::get(const QNetworkRequest& request, QByteArray& reply, int timeoutMs) {
-    return sendBlocking(QNetworkAccessManager::GetOperation, request, QByteArray(), reply,
-                        timeoutMs);
+    return sendBlocking(
+        QNetworkAccessManager::GetOperation, request,
+        [](QNetworkAccessManager& manager, const QNetworkRequest& ready) {
+            return manager.get(ready);
+        },
+        reply, timeoutMs);
 }
 
 bool EasyNetManager::post(const QNetworkRequest& request, const QByteArray& body, QByteArray& reply,
@@ -82,11 +88,45 @@ bool EasyNetManager::post(const QNetworkRequest& request, const QByteArray& body
     form.setHeader(QNetworkRequest::ContentTypeHeader,
                    QByteArrayLiteral("application/x-www-form-urlencoded"));
     writeLine(kMainLog, QStringLiteral("post:%1").arg(QString::fromUtf8(body)));
-    return sendBlocking(QNetworkAccessManager::PostOperation, form, body, reply, timeoutMs);
+    return sendBlocking(
+        QNetworkAccessManager::PostOperation, form,
+        [&body](QNetworkAccessManager& manager, const QNetworkRequest& ready) {
+            // A QByteArray body would let Qt rewind it and send the request a second time.
+            auto* device = tolvane::net::SendOnceDevice::fromBytes(body);
+            QNetworkReply* sent = manager.post(ready, device);
+            device->setParent(sent);
+            return sent;
+        },
+        reply, timeoutMs);
+}
+
+bool EasyNetManager::postMultipart(const QNetworkRequest& request,
+                                   const std::vector<tolvane::net::FormPart>& parts,
+                                   QByteArray& reply, int timeoutMs, QString* unopenedFile) {
+    if (aborting_.load()) {
+        return false;
+    }
+    QString unopened;
+    std::unique_ptr<QHttpMultiPart> form = tolvane::net::makeFormData(parts, unopened);
+    if (!form) {
+        writeLine(kMainLog, QStringLiteral("post image open failed: %1").arg(unopened));
+        if (unopenedFile != nullptr) {
+            *unopenedFile = unopened;
+        }
+        return false;
+    }
+    return sendBlocking(
+        QNetworkAccessManager::PostOperation, request,
+        [&form](QNetworkAccessManager& manager, const QNetworkRequest& ready) {
+            QNetworkReply* sent = manager.post(ready, form.get());
+            form.release()->setParent(sent);
+            return sent;
+        },
+        reply, timeoutMs);
 }
 
 bool EasyNetManager::sendBlocking(QNetworkAccessManager::Operation operation,
-                                  const QNetworkRequest& request, const QByteArray& body,
+                                  const QNetworkRequest& request, const Dispatch& dispatch,
                                   QByteArray& reply, int timeoutMs) {
     if (aborting_.load()) {
         return false;
@@ -107,8 +147,7 @@ bool EasyNetManager::sendBlocking(QNetworkAccessManager::Operation operation,
             Qt::DirectConnection);
 
     const bool isPost = operation == QNetworkAccessManager::PostOperation;
-    QNetworkReply* pending =
-        isPost ? manager.post(withTrust(request), body) : manager.get(withTrust(request));
+    QNetworkReply* pending = dispatch(manager, withTrust(request));
     timer.start();
     loop.exec(QEventLoop::ExcludeUserInputEvents);
     unregisterLoop(&loop);

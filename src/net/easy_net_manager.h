@@ -12,12 +12,17 @@
 #include <mutex>
 #include <vector>
 
+#include "net/form_part.h"
+
 class QEventLoop;
 class QNetworkReply;
 
-// HTTP client on Qt Network: blocking GET and POST that wait in a local event loop, and an
+// HTTP client on Qt Network: blocking GET and POSTs that wait in a local event loop, and an
 // asynchronous GET. Every failure becomes a reply in the platform's envelope shape
 // {"error", "msg", "data"} so that callers parse one format.
+//
+// A POST reaches the server at most once: when the connection breaks after the request went
+// out, the call fails (Qt error 205, content re-send) instead of letting Qt send it again.
 //
 // The client lives on the thread that calls it, which must be able to run a Qt event loop.
 // stop() may be called from any thread; it switches the client off for good.
@@ -42,6 +47,13 @@ public:
     bool post(const QNetworkRequest& request, const QByteArray& body, QByteArray& reply,
               int timeoutMs);
 
+    // Blocking POST of the parts as "multipart/form-data", in order, otherwise as post().
+    // Files are streamed from disk while the request goes out. When a file cannot be opened
+    // nothing is sent: false, the reply untouched, and the file's path in unopenedFile.
+    bool postMultipart(const QNetworkRequest& request,
+                       const std::vector<tolvane::net::FormPart>& parts, QByteArray& reply,
+                       int timeoutMs, QString* unopenedFile = nullptr);
+
     // Starts a GET and returns at once. The handler runs exactly once, later, on the
     // receiver's thread: with the body on success, with an empty body on a network error,
     // with whatever arrived so far on time-out. It never runs when the receiver is null or
@@ -58,8 +70,11 @@ public slots:
     void onsslErrors(QNetworkReply* reply, const QList<QSslError>& errors);
 
 private:
+    // Issues the request on the manager; a body it uploads must be owned by the reply.
+    using Dispatch = std::function<QNetworkReply*(QNetworkAccessManager&, const QNetworkRequest&)>;
+
     bool sendBlocking(QNetworkAccessManager::Operation operation, const QNetworkRequest& request,
-                      const QByteArray& body, QByteArray& reply, int timeoutMs);
+                      const Dispatch& dispatch, QByteArray& reply, int timeoutMs);
     bool registerLoop(QEventLoop* loop);
     void unregisterLoop(QEventLoop* loop);
     QNetworkRequest withTrust(const QNetworkRequest& request) const;

@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <thread>
 
 #include "http/sim_http_server.h"
@@ -22,6 +23,7 @@
 namespace {
 
 using tolvane::log::kMainLog;
+using tolvane::net::FormPart;
 using tolvane::sim::SimCertificateAuthority;
 using tolvane::sim::SimFault;
 using tolvane::sim::SimHttpServer;
@@ -218,31 +220,50 @@ TEST_F(EasyNetManagerTest, StoppedClientSendsNothing) {
     QByteArray reply = "untouched";
     EXPECT_FALSE(client_.get(request("/ok"), reply, 1000));
     EXPECT_FALSE(client_.post(request("/ok"), "a=1", reply, 1000));
+    EXPECT_FALSE(client_.postMultipart(request("/ok"), {FormPart::text("a", "1")}, reply, 1000));
     EXPECT_EQ(reply, "untouched");
     EXPECT_EQ(server_.requestLog().size(), 0u);
 }
 
 TEST_F(EasyNetManagerTest, StopReleasesABlockedCaller) {
-    for (const bool fromOtherThread : {false, true}) {
-        SCOPED_TRACE(fromOtherThread ? "other thread" : "inside the nested loop");
-        EasyNetManager client;
-        std::thread stopper;
-        if (fromOtherThread) {
-            stopper = std::thread([&client] {
-                std::this_thread::sleep_for(std::chrono::milliseconds(100));
-                client.stop();
-            });
-        } else {
-            QTimer::singleShot(100, [&client] { client.stop(); });
-        }
-        QByteArray reply;
-        QElapsedTimer elapsed;
-        elapsed.start();
-        EXPECT_FALSE(client.get(request("/delay/5000"), reply, 5000));
-        EXPECT_LT(elapsed.elapsed(), 1500);
-        EXPECT_EQ(envelope(reply).value("error").toInt(), 5);  // operation canceled
-        if (stopper.joinable()) {
-            stopper.join();
+    using Call = std::function<bool(EasyNetManager&, QByteArray&)>;
+    const QNetworkRequest slow = request("/delay/5000");
+    // clang-format off
+    const std::pair<const char*, Call> calls[] = {
+        {"get", [&](EasyNetManager& client, QByteArray& reply) {
+            return client.get(slow, reply, 5000);
+        }},
+        {"post", [&](EasyNetManager& client, QByteArray& reply) {
+            return client.post(slow, "a=1", reply, 5000);
+        }},
+        {"multipart", [&](EasyNetManager& client, QByteArray& reply) {
+            return client.postMultipart(slow, {FormPart::text("a", "1")}, reply, 5000);
+        }},
+    };
+    // clang-format on
+    for (const auto& [name, call] : calls) {
+        for (const bool fromOtherThread : {false, true}) {
+            SCOPED_TRACE(std::string(name) +
+                         (fromOtherThread ? ", other thread" : ", nested loop"));
+            EasyNetManager client;
+            std::thread stopper;
+            if (fromOtherThread) {
+                stopper = std::thread([&client] {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+                    client.stop();
+                });
+            } else {
+                QTimer::singleShot(100, [&client] { client.stop(); });
+            }
+            QByteArray reply;
+            QElapsedTimer elapsed;
+            elapsed.start();
+            EXPECT_FALSE(call(client, reply));
+            EXPECT_LT(elapsed.elapsed(), 1500);
+            EXPECT_EQ(envelope(reply).value("error").toInt(), 5);  // operation canceled
+            if (stopper.joinable()) {
+                stopper.join();
+            }
         }
     }
 }

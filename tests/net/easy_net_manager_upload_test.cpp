@@ -1,0 +1,196 @@
+#include <gtest/gtest.h>
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QNetworkReply>
+#include <QRandomGenerator>
+#include <algorithm>
+
+#include "net/easy_net_manager.h"
+#include "net/upload_test_servers.h"
+#include "support/log_reader.h"
+#include "support/scoped_env.h"
+
+namespace {
+
+using tolvane::log::kMainLog;
+using tolvane::net::FormPart;
+
+QByteArray sha256(const QByteArray& bytes) {
+    return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
+}
+
+// The process's peak resident memory in kB, from /proc/self/status.
+qint64 peakResidentKb() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    if (status.open(QIODevice::ReadOnly)) {
+        for (const QByteArray& line : status.readAll().split('\n')) {
+            if (line.startsWith("VmHWM:")) {
+                return line.mid(6).trimmed().split(' ').front().toLongLong();
+            }
+        }
+    }
+    return -1;
+}
+
+// Lowers the peak to the current resident memory, so that earlier tests do not mask a rise.
+bool resetPeakResident() {
+    QFile clearRefs(QStringLiteral("/proc/self/clear_refs"));
+    return clearRefs.open(QIODevice::WriteOnly) && clearRefs.write("5") == 1;
+}
+
+int envelopeError(const QByteArray& reply) {
+    return QJsonDocument::fromJson(reply).object().value("error").toInt();
+}
+
+class EasyNetManagerUploadTest : public ::testing::Test {
+protected:
+    // A file of random bytes, written a megabyte at a time so the test never holds it whole.
+    QString writeFile(const QString& name, qint64 size) const {
+        QFile file(workspace_.path() + '/' + name);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        QByteArray chunk(1 << 20, Qt::Uninitialized);
+        for (qint64 left = size; left > 0; left -= chunk.size()) {
+            QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(chunk.data()),
+                                                  chunk.size() / 4);
+            file.write(chunk.constData(), std::min<qint64>(left, chunk.size()));
+        }
+        return file.fileName();
+    }
+    static QByteArray fileHash(const QString& path) {
+        QFile file(path);
+        QCryptographicHash hash(QCryptographicHash::Sha256);
+        EXPECT_TRUE(file.open(QIODevice::ReadOnly) && hash.addData(&file));
+        return hash.result();
+    }
+    int logSize() const { return readLogMessages(kMainLog).size(); }
+    QStringList logSince(int from) const { return readLogMessages(kMainLog).mid(from); }
+
+    IsolatedWorkspace workspace_;
+    EasyNetManager client_;
+};
+
+TEST_F(EasyNetManagerUploadTest, PartsArriveIntactInOrderWithTheirNamesAndTypes) {
+    struct Case {
+        FormPart part;
+        std::string filename;
+        std::string contentType;
+    };
+    const QString shot = writeFile("shot.PNG", 3 << 20);
+    const QString photo = writeFile("photo.jpeg", 2 << 20);
+    const QString thumb = writeFile("thumb.jpg", 1000);
+    const QString notes = writeFile("notes.txt", 10);
+    const Case cases[] = {
+        {FormPart::text("token", "abc"), "", ""},
+        {FormPart::text("content", "卡顿 & a=b; \"quoted\"\r\nnext line"), "", ""},
+        {FormPart::file("feed_img", shot), "shot.PNG", "image/png"},
+        {FormPart::file("feed_img", photo), "photo.jpeg", "image/jpeg"},
+        {FormPart::file("feed_img", thumb), "thumb.jpg", "image/jpeg"},
+        {FormPart::file("log", notes), "notes.txt", "application/octet-stream"},
+        {FormPart::text("empty", ""), "", ""},
+    };
+    std::vector<FormPart> parts;
+    std::vector<ReceivedPart> expected;
+    for (const Case& c : cases) {
+        parts.push_back(c.part);
+        const bool isFile = c.part.kind == FormPart::Kind::File;
+        expected.push_back({c.part.name.toStdString(), c.filename, c.contentType,
+                            isFile ? fileHash(c.part.value) : sha256(c.part.value.toUtf8())});
+    }
+
+    FormRecorder server;
+    QByteArray reply;
+    ASSERT_TRUE(client_.postMultipart(QNetworkRequest(server.url()), parts, reply, 20000))
+        << reply.toStdString();
+    EXPECT_EQ(reply, "{\"error\":0}");
+    ASSERT_EQ(server.forms().size(), 1u);
+    EXPECT_EQ(server.forms().front(), expected);
+    EXPECT_EQ(server.contentTypes().front().rfind("multipart/form-data; boundary=", 0), 0u);
+}
+
+TEST_F(EasyNetManagerUploadTest, AFileThatCannotBeOpenedSendsNothing) {
+    const QString image = writeFile("ok.png", 100);
+    const QString missing = workspace_.path() + "/missing.png";
+    struct Case {
+        const char* what;
+        std::vector<FormPart> parts;
+        QString unopened;
+    };
+    const Case cases[] = {
+        {"missing file",
+         {FormPart::text("token", "abc"), FormPart::file("feed_img", missing)},
+         missing},
+        {"a directory", {FormPart::file("feed_img", workspace_.path())}, workspace_.path()},
+        {"after a good file",
+         {FormPart::file("feed_img", image), FormPart::file("feed_img", missing)},
+         missing},
+    };
+    FormRecorder server;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        const int logged = logSize();
+        QByteArray reply = "untouched";
+        QString unopened;
+        EXPECT_FALSE(
+            client_.postMultipart(QNetworkRequest(server.url()), c.parts, reply, 2000, &unopened));
+        EXPECT_EQ(unopened, c.unopened);
+        EXPECT_EQ(reply, "untouched");
+        EXPECT_EQ(logSince(logged), QStringList{"post image open failed: " + c.unopened});
+    }
+    EXPECT_TRUE(server.forms().empty());
+}
+
+// The server reads the request and closes the connection without answering: Qt would send the
+// request again on a new connection, which for a POST would be a second upload.
+TEST_F(EasyNetManagerUploadTest, APostIsNeverSentTwice) {
+    const QString image = writeFile("shot.png", 200000);
+    struct Case {
+        const char* what;
+        QByteArray formBody;
+        std::vector<FormPart> multipart;  // empty: a form POST of formBody
+    };
+    const Case cases[] = {
+        {"form post", "a=1&b=2", {}},
+        {"empty form post", "", {}},
+        {"multipart with a file", "", {FormPart::text("a", "1"), FormPart::file("img", image)}},
+        {"multipart of text", "", {FormPart::text("a", "1")}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        DropsSecondRequest server;
+        QByteArray reply;
+        ASSERT_TRUE(client_.get(QNetworkRequest(server.url("/first")), reply, 3000));
+        const int logged = logSize();
+        const QNetworkRequest second(server.url("/second"));
+        EXPECT_FALSE(c.multipart.empty() ? client_.post(second, c.formBody, reply, 3000)
+                                         : client_.postMultipart(second, c.multipart, reply, 3000));
+        EXPECT_EQ(server.requests(), 2);
+        EXPECT_EQ(envelopeError(reply), QNetworkReply::ContentReSendError) << reply.toStdString();
+        EXPECT_TRUE(logSince(logged).contains("QNetworkAccessManager NetworkError error:205"));
+    }
+}
+
+TEST_F(EasyNetManagerUploadTest, AFileIsStreamedFromDiskNotLoadedIntoMemory) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "sanitizers hold freed memory back, so the peak says nothing about copies";
+#endif
+    constexpr qint64 kFileSize = 20 << 20;
+    const QString big = writeFile("big.jpg", kFileSize);
+    FormRecorder server;
+    if (!resetPeakResident() || peakResidentKb() < 0) {
+        GTEST_SKIP() << "no peak memory figures from /proc";
+    }
+    const qint64 before = peakResidentKb();
+    QByteArray reply;
+    ASSERT_TRUE(client_.postMultipart(QNetworkRequest(server.url()),
+                                      {FormPart::file("feed_img", big)}, reply, 30000));
+    // Streamed, the peak rises by a few MB of buffers and threads; one copy of the file alone
+    // would add its whole size.
+    EXPECT_LT((peakResidentKb() - before) * 1024, kFileSize / 2);
+    ASSERT_EQ(server.forms().size(), 1u);
+    EXPECT_EQ(server.forms().front().front().sha256, fileHash(big));
+}
+
+}  // namespace
