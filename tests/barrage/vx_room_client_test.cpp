@@ -202,6 +202,11 @@ TEST_F(RoomClientTest, LogoutCancelsAPendingReconnectAndLaterErrorsArmNothing) {
     loginAndWait({&server});
     server.sendError(1000);
     ASSERT_TRUE(waitUntil([&] { return client_->reconnectPending(); }));
+    // The error's log line follows the reconnect request on the I/O thread.
+    ASSERT_TRUE(waitUntil([] {
+        return readLogMessages(tolvane::log::kMainLog)
+            .contains(QStringLiteral("[msg] error:1000."));
+    }));
 
     client_->logout();
     EXPECT_FALSE(client_->reconnectPending());
