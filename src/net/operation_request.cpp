@@ -18,7 +18,7 @@ PreparedRequest prepareHostRow(const OperationRow& row, const ParamList& items,
     request.method = row.method;
     request.url = endpoints.host(row.kind, environment) + row.path;
     request.headers = extraHeaders;
-    const bool isPost = row.method == HttpMethod::Post;
+    const bool isPost = row.method != HttpMethod::Get;
     if (isPost) {
         request.form = items;
     } else {
@@ -56,7 +56,7 @@ PreparedRequest prepareBaseRow(const OperationRow& row, const ParamList& items,
     ParamList groupA = extraHeaders;
     ParamList groupB;
     ParamList groupC;
-    const bool isPost = row.method == HttpMethod::Post;
+    const bool isPost = row.method != HttpMethod::Get;
     if (!isPost) {
         groupB = items;
     }

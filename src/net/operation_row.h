@@ -32,7 +32,8 @@ enum class HostKind {
     Mobile2 = 7,
 };
 
-enum class HttpMethod { Get, Post };
+// A multipart POST goes through the Qt client: its own items become text parts, files follow.
+enum class HttpMethod { Get, Post, MultipartPost };
 
 // Where "aid", "time" (and "client_sys" where sent) travel. Host-table rows put them in the
 // query or leave them out; base-address rows may send them as headers instead.
@@ -65,6 +66,7 @@ struct OperationRow {
     bool sessionExpiryHook = false;   // 220 and 221 refresh the profile
     FailureLog failureLog = FailureLog::UrlAndReply;
     bool logReplyWithoutAnswer = false;  // "result data : %1" also when nothing came back
+    const char* fixedBanner = nullptr;   // written instead of the usual banner
 
     BaseKind baseKind() const { return static_cast<BaseKind>(kind); }
     HostKind hostKind() const { return static_cast<HostKind>(kind); }
@@ -107,6 +109,11 @@ struct OperationRow {
     constexpr OperationRow logging(FailureLog log) const {
         OperationRow row = *this;
         row.failureLog = log;
+        return row;
+    }
+    constexpr OperationRow withFixedBanner(const char* banner) const {
+        OperationRow row = *this;
+        row.fixedBanner = banner;
         return row;
     }
     constexpr OperationRow loggingReplyWithoutAnswer() const {

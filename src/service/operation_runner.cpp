@@ -1,5 +1,11 @@
 // The one way the service's HTTP operations are sent, parsed and logged.
+#include <QNetworkRequest>
+#include <QUrl>
+
+#include "net/easy_net_manager.h"
+#include "net/form_part.h"
 #include "net/operation_request.h"
+#include "net/session_text.h"
 #include "net/vx_net_request.h"
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
@@ -30,15 +36,24 @@ void logRefusedReply(const tolvane::net::OperationRow& row,
 
 int32_t VxNetServiceImp::runOperation(const tolvane::net::OperationRow& row, const ParamList& items,
                                       std::string* message, const ReplyParser& parse,
-                                      QByteArray* reply) {
-    logBanner(row.name);
+                                      QByteArray* reply, const QStringList& files,
+                                      const QString& fileField) {
+    if (row.fixedBanner != nullptr) {
+        tolvane::log::writeLine(tolvane::log::kMainLog, QString::fromLatin1(row.fixedBanner));
+    } else {
+        logBanner(row.name);
+    }
     // Base-address requests use the environment the request client was built with.
     const int environment = row.onHostTable ? environment_ : request_->environment();
     const tolvane::net::PreparedRequest request =
         tolvane::net::prepareOperation(row, items, commonValues(), endpoints_, environment);
 
-    QByteArray body;
-    if (!request_->sendPrepared(body, request, row.timeoutMs)) {
+    const bool upload = row.method == tolvane::net::HttpMethod::MultipartPost;
+    // An upload that never went out leaves the caller's reply as it was.
+    QByteArray body = upload && reply != nullptr ? *reply : QByteArray();
+    const bool answered = upload ? sendUpload(request, files, fileField, row.timeoutMs, body)
+                                 : request_->sendPrepared(body, request, row.timeoutMs);
+    if (!answered) {
         if (row.logReplyWithoutAnswer) {
             logReplyText(body);
         }
@@ -67,4 +82,24 @@ int32_t VxNetServiceImp::runOperation(const tolvane::net::OperationRow& row, con
         *reply = std::move(body);
     }
     return row.sessionExpiryHook ? afterSessionCheck(result) : result;
+}
+
+bool VxNetServiceImp::sendUpload(const tolvane::net::PreparedRequest& request,
+                                 const QStringList& files, const QString& fileField, int timeoutMs,
+                                 QByteArray& body) {
+    const QString url = QString::fromStdString(tolvane::net::sentUrl(request));
+    requestLog_.write(QStringLiteral("post image url: %1").arg(url));
+    QNetworkRequest upload(QUrl::fromEncoded(url.toUtf8()));
+    upload.setRawHeader("User-Device", tolvane::net::userDeviceValue(deviceId_, clientVersion_));
+    for (const auto& [name, value] : request.headers) {
+        upload.setRawHeader(name.toUtf8(), value.toUtf8());
+    }
+    std::vector<tolvane::net::FormPart> parts;
+    for (const auto& [name, value] : request.form) {
+        parts.push_back(tolvane::net::FormPart::text(name, value));
+    }
+    for (const QString& file : files) {
+        parts.push_back(tolvane::net::FormPart::file(fileField, file));
+    }
+    return qtClient_->postMultipart(upload, parts, body, timeoutMs);
 }

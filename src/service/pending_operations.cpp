@@ -134,16 +134,6 @@ int32_t VxNetServiceImp::getLoginAuthCode(const std::string& bizType, std::strin
     return kNotYetAvailable;
 }
 
-// slot 76
-int32_t VxNetServiceImp::reportFeedback(const std::string& title, const std::string& content,
-                                        const FeedbackRecord& feedback,
-                                        const std::vector<std::string>& imagePaths,
-                                        std::string& reply) {
-    tolvane::log::writeLine(tolvane::log::kMainLog,
-                            QStringLiteral("reportFeedback-----------------"));
-    return kNotYetAvailable;
-}
-
 // slot 78
 int32_t VxNetServiceImp::getAnchorLocation(int32_t isAllowPoi, std::string& message) {
     logBanner("getAnchorLocation");

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QObject>
+#include <QStringList>
 #include <QTimer>
 #include <atomic>
 #include <cstdint>
@@ -22,6 +23,9 @@
 // them (account/, room/, barrage/ ...); this file and vx_net_service_imp.cpp hold the
 // lifecycle. Lives on the thread that created it, which must run a Qt event loop.
 class EasyNetManager;
+namespace tolvane::net {
+struct PreparedRequest;
+}  // namespace tolvane::net
 class LoginRequest;
 class VxNetRequest;
 class VxRoomClient;
@@ -229,9 +233,15 @@ private:
     // 210 and the network text in *message when nothing answers, the parser, the row's failure
     // lines, the session-expiry hook. Without a parser the reply is a bare envelope and its
     // message goes to *message. *reply, when given, receives the body (or the made-up reply).
+    // `files` are the file parts of a multipart row, each sent under `fileField`.
     int32_t runOperation(const tolvane::net::OperationRow& row, const ParamList& items,
                          std::string* message = nullptr, const ReplyParser& parse = ReplyParser(),
-                         QByteArray* reply = nullptr);
+                         QByteArray* reply = nullptr, const QStringList& files = QStringList(),
+                         const QString& fileField = QString());
+    // Sends a multipart row through the Qt client; false leaves `body` as it was when nothing
+    // went out (a file that cannot be opened, a stopped client).
+    bool sendUpload(const tolvane::net::PreparedRequest& request, const QStringList& files,
+                    const QString& fileField, int timeoutMs, QByteArray& body);
 
     static void logBanner(const char* operation);
     // Logs the barrage client out and forgets the values it reported.

@@ -76,8 +76,13 @@ SimRequest toSimRequest(const httplib::Request& in, const char* scheme) {
     if (strncasecmp(contentType.c_str(), "application/x-www-form-urlencoded", 33) == 0) {
         request.form = parseUrlEncoded(in.body);
     } else if (in.is_multipart_form_data()) {
-        for (const auto& file : in.files) {
-            request.form.emplace_back(file.first, file.second.content);
+        // Parts with a file name are uploads; the others are form items, signed like any.
+        for (const auto& [name, part] : in.files) {
+            if (part.filename.empty()) {
+                request.form.emplace_back(name, part.content);
+            } else {
+                request.uploads.push_back({name, part.filename, part.content_type, part.content});
+            }
         }
     }
     return request;

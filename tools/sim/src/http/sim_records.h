@@ -30,6 +30,14 @@ enum class SimSignRule {
 // Which of the client's two address tables a route belongs to (documentation and lookup).
 enum class SimAddressTable { None, Base, Host };
 
+// A file part of a multipart body.
+struct SimUpload {
+    std::string name;
+    std::string fileName;
+    std::string contentType;
+    std::string content;
+};
+
 // One request as the server saw it; the request log keeps these.
 struct SimRequest {
     std::string scheme;  // "http" or "https"
@@ -38,7 +46,8 @@ struct SimRequest {
     SimPairs query;        // decoded, in arrival order
     std::string rawQuery;  // as sent, still percent-encoded, without the "?"
     SimPairs headers;      // names as sent
-    SimPairs form;         // decoded url-encoded or multipart form items
+    SimPairs form;         // decoded url-encoded items, or the text parts of a multipart body
+    std::vector<SimUpload> uploads;  // the file parts of a multipart body, by name
     std::string body;
     bool routed = false;       // a route matched
     bool authChecked = false;  // the route has a signing rule

@@ -18,6 +18,7 @@ SimPlatform::SimPlatform(const QString& folder, SimEnvironment::Options options)
     addRoomRoutes(http(), state_);
     addLiveRoutes(http(), state_);
     addCategoryRoutes(http(), state_);
+    addFeedbackRoutes(http(), state_, feedback_);
     state_.liveState().setShowEndedListener([this](int) { announceShowEnd(); });
 }
 

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <vector>
 
+#include "platform/sim_feedback_service.h"
 #include "platform/sim_platform_state.h"
 #include "sim_environment.h"
 
@@ -30,6 +31,8 @@ public:
     SimEnvironment& environment() { return environment_; }
     SimHttpServer& http() { return environment_.http(); }
     SimPlatformState& state() { return state_; }
+    // Feedback reports the platform received.
+    SimFeedbackBox& feedback() { return feedback_; }
 
     // Starts `count` more barrage servers and names every running one in both the gateway
     // list and the room list, so that either reply alone leads the client to a server.
@@ -43,6 +46,7 @@ private:
     void announceShowEnd();
 
     SimPlatformState state_;
+    SimFeedbackBox feedback_;
     SimEnvironment environment_;
     // Guards the list only: the HTTP threads announce show ends while tests add servers.
     mutable std::mutex barrageMutex_;

@@ -1,0 +1,96 @@
+#include <gtest/gtest.h>
+
+#include <QCryptographicHash>
+#include <QFile>
+#include <QRandomGenerator>
+
+#include "support/log_reader.h"
+#include "support/sim_service_fixture.h"
+
+namespace {
+
+QByteArray sha256(const std::string& bytes) {
+    return QCryptographicHash::hash(QByteArray::fromStdString(bytes), QCryptographicHash::Sha256);
+}
+
+class Feedback : public SimServiceTest {
+protected:
+    void SetUp() override {
+        SimServiceTest::SetUp();
+        std::string error, token;
+        ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
+    }
+    // A file of random bytes in the workspace; returns its path.
+    std::string writeImage(const QString& name, int size) {
+        QByteArray bytes(size, Qt::Uninitialized);
+        QRandomGenerator::global()->fillRange(reinterpret_cast<quint32*>(bytes.data()), size / 4);
+        const QString path = workspace_.path() + "/" + name;
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(bytes);
+        images_[path.toStdString()] = bytes;
+        return path.toStdString();
+    }
+    std::map<std::string, QByteArray> images_;
+};
+
+TEST_F(Feedback, TextAndImagesArriveIntact) {
+    const std::vector<std::string> paths = {writeImage("screen.png", 3 << 20),
+                                            writeImage("camera.JPG", 1 << 20)};
+    const FeedbackRecord record{"partner-7", "2", "studio/2.4", "10001", "v2.4.0.1"};
+    std::string reply;
+    ASSERT_EQ(
+        service().reportFeedback("No sound", "Audio drops after 5 minutes", record, paths, reply),
+        0);
+    EXPECT_EQ(reply, R"({"data":{"images":2},"error":0})");  // the platform's text, unread
+
+    const auto received = sim().feedback().last();
+    ASSERT_TRUE(received.has_value());
+    EXPECT_EQ(received->uid, "10001");
+    // The platform's parser keeps parts by name; their order is the upload client's to test.
+    std::map<std::string, std::string> items(received->items.begin(), received->items.end());
+    items.erase("token");
+    const std::map<std::string, std::string> expected = {
+        {"partner", "partner-7"},
+        {"type", "2"},
+        {"ua", "studio/2.4"},
+        {"uid", "10001"},
+        {"version", "v2.4.0.1"},
+        {"title", "No sound"},
+        {"content", "Audio drops after 5 minutes"}};
+    EXPECT_EQ(items, expected);
+    ASSERT_EQ(received->images.size(), 2u);
+    for (const auto& image : received->images) {
+        const std::string path = workspace_.path().toStdString() + "/" + image.fileName;
+        ASSERT_EQ(images_.count(path), 1u) << image.fileName;
+        EXPECT_EQ(sha256(image.content),
+                  QCryptographicHash::hash(images_[path], QCryptographicHash::Sha256));
+        EXPECT_EQ(image.contentType, image.fileName == "screen.png" ? "image/png" : "image/jpeg");
+    }
+    const auto requests = sim().http().requestLog().to("/api/v1/report_message");
+    ASSERT_EQ(requests.size(), 1u);
+    EXPECT_TRUE(requests[0].authOk) << requests[0].signingText;
+    EXPECT_TRUE(
+        readLogMessages(tolvane::log::kMainLog).contains("reportFeedback-----------------"));
+}
+
+TEST_F(Feedback, NothingGoesOutWhenAnImageCannotBeRead) {
+    const std::vector<std::string> paths = {writeImage("ok.png", 1024),
+                                            workspace_.path().toStdString() + "/missing.png"};
+    std::string reply = "untouched";
+    EXPECT_EQ(service().reportFeedback("t", "c", FeedbackRecord(), paths, reply), 210);
+    EXPECT_EQ(reply, "untouched");
+    EXPECT_TRUE(sim().http().requestLog().to("/api/v1/report_message").empty());
+
+    // A refused upload hands the platform's text over unread.
+    service().logout();
+    EXPECT_EQ(service().reportFeedback("t", "c", FeedbackRecord(), {}, reply), 0);
+    EXPECT_NE(reply.find("606"), std::string::npos) << reply;
+
+    service().stop();
+    reply = "untouched";
+    EXPECT_EQ(service().reportFeedback("t", "c", FeedbackRecord(), {}, reply), 210);
+    EXPECT_EQ(reply, "untouched");
+}
+
+}  // namespace
