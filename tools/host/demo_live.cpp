@@ -37,8 +37,9 @@ void DemoRoad::goLive() {
         return;
     }
     showVoiceCheck();
+    setLiveParameters();
     PushAddress pushLine;
-    if (!setLiveParameters() || !listPushLines(pushLine)) {
+    if (!listPushLines(pushLine)) {
         return;
     }
     const int32_t opened = service_.open_live_room(pushLine.url);
@@ -136,13 +137,16 @@ void DemoRoad::showVoiceCheck() {
           isVoice ? QStringLiteral("yes") : QStringLiteral("no"));
 }
 
-bool DemoRoad::setLiveParameters() {
+void DemoRoad::setLiveParameters() {
     LiveParameters parameters;
     parameters.cid2 = kDemoCid2;
     parameters.cid3 = kDemoCid3;
-    return check(QStringLiteral("setLiveParameters"), service_.setLiveParameters(parameters),
-                 std::string(),
-                 QStringLiteral("cid2 %1, cid3 %2").arg(parameters.cid2).arg(parameters.cid3));
+    // The answer is the word that packs the three live flags, not a result code.
+    const int32_t flags = service_.setLiveParameters(parameters);
+    step(QStringLiteral("setLiveParameters"), QStringLiteral("cid2 %1, cid3 %2, flags 0x%3")
+                                                  .arg(parameters.cid2)
+                                                  .arg(parameters.cid3)
+                                                  .arg(flags, 0, 16));
 }
 
 bool DemoRoad::listPushLines(PushAddress& firstMainLine) {

@@ -46,7 +46,7 @@ private:
     bool pickCategory();
     bool pickTag();
     void showVoiceCheck();
-    bool setLiveParameters();
+    void setLiveParameters();
     bool listPushLines(PushAddress& firstMainLine);
     bool expectRoomLive(bool live);
     void awaitShowEnd();
