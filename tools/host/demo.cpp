@@ -8,121 +8,123 @@
 #include <QThread>
 
 #include "barrage/barrage_server.h"
+#include "demo_road.h"
 #include "platform/sim_platform.h"
 #include "printing_observer.h"
 
-namespace {
+void DemoRoad::step(const QString& name, const QString& result) {
+    out_ << QStringLiteral("%1 %2").arg(name, -30, QLatin1Char('.')).arg(result) << Qt::endl;
+}
 
-class DemoRoad {
-public:
-    DemoRoad(ILiveencoderNetService& service, tolvane::sim::SimPlatform& sim, QTextStream& out)
-        : service_(service), sim_(sim), out_(out) {}
+bool DemoRoad::check(const QString& name, int32_t code, const std::string& message,
+                     const QString& shown) {
+    return expect(
+        name, code == 0,
+        code == 0 ? shown : QStringLiteral("%1 %2").arg(code).arg(QString::fromStdString(message)));
+}
 
-    void step(const QString& name, const QString& result) {
-        out_ << QStringLiteral("%1 %2").arg(name, -30, QLatin1Char('.')).arg(result) << Qt::endl;
-    }
+bool DemoRoad::expect(const QString& name, bool met, const QString& shown) {
+    step(name, met ? shown : QStringLiteral("failed %1").arg(shown));
+    failed_ = failed_ || !met;
+    return met;
+}
 
-    bool check(const QString& name, int32_t code, const std::string& message = std::string()) {
-        step(name,
-             code == 0
-                 ? QStringLiteral("ok")
-                 : QStringLiteral("failed %1 %2").arg(code).arg(QString::fromStdString(message)));
-        failed_ = failed_ || code != 0;
-        return code == 0;
-    }
-
-    void run() {
-        step(QStringLiteral("simulator"), QString::fromStdString(sim_.environment().origin()));
-        service_.setClientVersion("00_1A_2B_3C_4D_5E", "v2.4.0.1");
-        std::string text;
-        service_.getUserDevice(text);
-        step(QStringLiteral("User-Device"), QString::fromStdString(text));
-
-        std::string error, longToken;
-        const int32_t refused = service_.login("traveller", "secret456", error, longToken);
-        step(QStringLiteral("login traveller"),
-             QStringLiteral("%1 (%2)").arg(refused).arg(QString::fromStdString(error)));
-        bool foreign = false;
-        std::string hidePhone, remoteCode;
-        service_.getRemoteLoginInfo(foreign, hidePhone, remoteCode);
-        step(QStringLiteral("confirm by SMS to"), QString::fromStdString(hidePhone));
-        // The simulator plays the phone: it tells the demo the code it "sent".
-        const std::string sms = sim_.state().issueSmsCode(remoteCode);
-        check(QStringLiteral("remoteLogin"),
-              service_.remoteLogin(remoteCode, sms, longToken, error), error);
-        service_.logout();
-        service_.getToken(text);
-        step(QStringLiteral("logout, token"), QString::fromStdString(text));
-
-        if (!check(QStringLiteral("login anchor"),
-                   service_.login("anchor", "secret123", error, longToken), error)) {
-            return;
+bool DemoRoad::runEvents(int milliseconds, const std::function<bool()>& done) {
+    QElapsedTimer clock;
+    clock.start();
+    while (clock.elapsed() < milliseconds) {
+        if (done && done()) {
+            return true;
         }
-        step(QStringLiteral("long token"), QString::fromStdString(longToken));
-        service_.getToken(text);
-        step(QStringLiteral("session token"), QString::fromStdString(text));
-        UserRecord user;
-        service_.getUserRecord(user);
-        step(QStringLiteral("nickname"), QString::fromStdString(user.nickname));
-        step(QStringLiteral("uid / sex / ident"), QStringLiteral("%1 / %2 / %3")
-                                                      .arg(QString::fromStdString(user.uid))
-                                                      .arg(user.sex)
-                                                      .arg(QString::fromStdString(user.ident)));
-        step(QStringLiteral("avatar (big)"), QString::fromStdString(user.avatarBig));
-        step(QStringLiteral("avatar (small)"), QString::fromStdString(user.avatarSmall));
-        step(QStringLiteral("own room"),
-             user.isOwnRoom ? QStringLiteral("yes") : QStringLiteral("no"));
-        const qint64 offset = service_.getServerTime() - QDateTime::currentSecsSinceEpoch();
-        step(QStringLiteral("server time offset"), QStringLiteral("%1 s").arg(offset));
-        followBarrage();
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(5);
     }
+    return done && done();
+}
 
-    // Runs the event loop for a while, as a host's main loop would.
-    static void runEvents(int milliseconds) {
-        QElapsedTimer clock;
-        clock.start();
-        while (clock.elapsed() < milliseconds) {
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-            QThread::msleep(5);
-        }
+void DemoRoad::run() {
+    step(QStringLiteral("simulator"), QString::fromStdString(sim_.environment().origin()));
+    if (logIn() && showRoom()) {
+        goLive();
     }
+}
 
-    void followBarrage() {
-        check(QStringLiteral("startBarrage"), service_.startBarrage());
-        RoomSummary room;
-        service_.getRoomRecord(room);
-        step(QStringLiteral("room"), QStringLiteral("%1 \"%2\" (%3 / %4)")
-                                         .arg(room.roomId)
-                                         .arg(QString::fromStdString(room.roomName))
-                                         .arg(QString::fromStdString(room.gameName))
-                                         .arg(QString::fromStdString(room.childName)));
-        step(QStringLiteral("room page"), QString::fromStdString(room.roomUrl));
-        step(QStringLiteral("anchor level / vip"),
-             QStringLiteral("%1 / %2").arg(service_.getAnchorLevel()).arg(service_.getVipId()));
-        out_ << "live feed for three seconds:" << Qt::endl;
-        for (int i = 0; i < sim_.barrageServerCount(); ++i) {
-            sim_.barrageServer(i).setGeneratorRate(12);
-        }
-        runEvents(3000);
-        for (int i = 0; i < sim_.barrageServerCount(); ++i) {
-            sim_.barrageServer(i).setGeneratorRate(0);
-        }
-        std::vector<std::string> latest;
-        service_.barrageListCall(latest);
-        step(QStringLiteral("online count"), QString::number(service_.getOnlineCount()));
-        step(QStringLiteral("latest watched kinds"), QString::number(latest.size()));
+bool DemoRoad::logIn() {
+    service_.setClientVersion("00_1A_2B_3C_4D_5E", "v2.4.0.1");
+    std::string text;
+    service_.getUserDevice(text);
+    step(QStringLiteral("User-Device"), QString::fromStdString(text));
+
+    std::string error, longToken;
+    const int32_t refused = service_.login("traveller", "secret456", error, longToken);
+    step(QStringLiteral("login traveller"),
+         QStringLiteral("%1 (%2)").arg(refused).arg(QString::fromStdString(error)));
+    bool foreign = false;
+    std::string hidePhone, remoteCode;
+    service_.getRemoteLoginInfo(foreign, hidePhone, remoteCode);
+    step(QStringLiteral("confirm by SMS to"), QString::fromStdString(hidePhone));
+    // The simulator plays the phone: it tells the demo the code it "sent".
+    const std::string sms = sim_.state().issueSmsCode(remoteCode);
+    check(QStringLiteral("remoteLogin"), service_.remoteLogin(remoteCode, sms, longToken, error),
+          error);
+    service_.logout();
+    service_.getToken(text);
+    step(QStringLiteral("logout, token"), QString::fromStdString(text));
+
+    if (!check(QStringLiteral("login anchor"),
+               service_.login("anchor", "secret123", error, longToken), error)) {
+        return false;
     }
+    step(QStringLiteral("long token"), QString::fromStdString(longToken));
+    service_.getToken(text);
+    step(QStringLiteral("session token"), QString::fromStdString(text));
+    UserRecord user;
+    service_.getUserRecord(user);
+    step(QStringLiteral("nickname"), QString::fromStdString(user.nickname));
+    step(QStringLiteral("uid / sex / ident"), QStringLiteral("%1 / %2 / %3")
+                                                  .arg(QString::fromStdString(user.uid))
+                                                  .arg(user.sex)
+                                                  .arg(QString::fromStdString(user.ident)));
+    step(QStringLiteral("avatar (big)"), QString::fromStdString(user.avatarBig));
+    step(QStringLiteral("avatar (small)"), QString::fromStdString(user.avatarSmall));
+    step(QStringLiteral("own room"), user.isOwnRoom ? QStringLiteral("yes") : QStringLiteral("no"));
+    const qint64 offset = service_.getServerTime() - QDateTime::currentSecsSinceEpoch();
+    step(QStringLiteral("server time offset"), QStringLiteral("%1 s").arg(offset));
+    return true;
+}
 
-    bool failed() const { return failed_; }
+bool DemoRoad::showRoom() {
+    // The barrage start loads the room information, which the later steps need.
+    if (!check(QStringLiteral("startBarrage"), service_.startBarrage())) {
+        return false;
+    }
+    RoomSummary room;
+    service_.getRoomRecord(room);
+    step(QStringLiteral("room"), QStringLiteral("%1 \"%2\" (%3 / %4)")
+                                     .arg(room.roomId)
+                                     .arg(QString::fromStdString(room.roomName))
+                                     .arg(QString::fromStdString(room.gameName))
+                                     .arg(QString::fromStdString(room.childName)));
+    step(QStringLiteral("room page"), QString::fromStdString(room.roomUrl));
+    step(QStringLiteral("anchor level / vip"),
+         QStringLiteral("%1 / %2").arg(service_.getAnchorLevel()).arg(service_.getVipId()));
+    return true;
+}
 
-private:
-    ILiveencoderNetService& service_;
-    tolvane::sim::SimPlatform& sim_;
-    QTextStream& out_;
-    bool failed_ = false;
-};
-
-}  // namespace
+void DemoRoad::followBarrage() {
+    out_ << "live feed for three seconds:" << Qt::endl;
+    for (int i = 0; i < sim_.barrageServerCount(); ++i) {
+        sim_.barrageServer(i).setGeneratorRate(12);
+    }
+    runEvents(3000);
+    for (int i = 0; i < sim_.barrageServerCount(); ++i) {
+        sim_.barrageServer(i).setGeneratorRate(0);
+    }
+    std::vector<std::string> latest;
+    service_.barrageListCall(latest);
+    step(QStringLiteral("online count"), QString::number(service_.getOnlineCount()));
+    step(QStringLiteral("latest watched kinds"), QString::number(latest.size()));
+}
 
 int runDemo(CreateNetServiceFunction createNetService, PrintingObserver& observer,
             QTextStream& out) {
@@ -145,7 +147,7 @@ int runDemo(CreateNetServiceFunction createNetService, PrintingObserver& observe
         out << "CreateNetService returned null" << Qt::endl;
         return 1;
     }
-    DemoRoad road(*service, sim, out);
+    DemoRoad road(*service, sim, observer, out);
     road.run();
     service->stop();
     road.step(QStringLiteral("stop"), QStringLiteral("done"));

@@ -1,4 +1,5 @@
 #include <QCoreApplication>
+#include <QJsonArray>
 #include <QJsonDocument>
 #include <QTextStream>
 #include <QTimer>
@@ -12,7 +13,10 @@ namespace {
 
 int usage(QTextStream& err) {
     err << "usage: tolvane-host demo\n"
-           "       tolvane-host call [--login NAME PASSWORD] OPERATION [ARGUMENT...]\n"
+           "       tolvane-host call [--login NAME PASSWORD] OPERATION [ARGUMENT...] "
+           "[+ OPERATION [ARGUMENT...]]...\n"
+           "Operations joined by + run in order on one service, so later ones see the state\n"
+           "earlier ones left (the room, the category, the push lines).\n"
            "operations:\n";
     for (const OperationCall& call : operationCalls()) {
         err << "  " << call.name << ' ' << call.usage << '\n';
@@ -21,7 +25,31 @@ int usage(QTextStream& err) {
     return 2;
 }
 
-// One operation against whatever environment default.data selects, printed as JSON.
+// "OP ARG... + OP ARG..." as one list per operation, its name first.
+QList<QStringList> splitOperations(const QStringList& args) {
+    QList<QStringList> operations{QStringList()};
+    for (const QString& arg : args) {
+        if (arg == QStringLiteral("+")) {
+            operations.append(QStringList());
+        } else {
+            operations.last().append(arg);
+        }
+    }
+    return operations;
+}
+
+QJsonObject runOperation(const OperationCall& call, ILiveencoderNetService& service,
+                         const QStringList& args) {
+    QJsonObject report{{"operation", call.name}};
+    const QJsonObject result = call.run(service, args);
+    for (auto it = result.begin(); it != result.end(); ++it) {
+        report.insert(it.key(), it.value());
+    }
+    return report;
+}
+
+// Operations against whatever environment default.data selects, printed as JSON: one
+// operation's report alone, several as the list "calls".
 int runCall(CreateNetServiceFunction create, PrintingObserver& observer, QStringList args,
             QTextStream& out, QTextStream& err) {
     QStringList login;
@@ -32,9 +60,15 @@ int runCall(CreateNetServiceFunction create, PrintingObserver& observer, QString
         login = args.mid(1, 2);
         args = args.mid(3);
     }
-    const OperationCall* call = args.isEmpty() ? nullptr : findOperation(args.first());
-    if (call == nullptr) {
-        return usage(err);
+    const QList<QStringList> operations = splitOperations(args);
+    QVector<const OperationCall*> calls;
+    for (const QStringList& operation : operations) {
+        const OperationCall* call =
+            operation.isEmpty() ? nullptr : findOperation(operation.first());
+        if (call == nullptr) {
+            return usage(err);
+        }
+        calls.append(call);
     }
     ILiveencoderNetService* service = create(&observer, &observer);
     if (service == nullptr) {
@@ -46,10 +80,18 @@ int runCall(CreateNetServiceFunction create, PrintingObserver& observer, QString
         report.insert(QStringLiteral("login"),
                       findOperation(QStringLiteral("login"))->run(*service, login));
     }
-    report.insert(QStringLiteral("operation"), call->name);
-    const QJsonObject result = call->run(*service, args.mid(1));
-    for (auto it = result.begin(); it != result.end(); ++it) {
-        report.insert(it.key(), it.value());
+    if (calls.size() == 1) {
+        const QJsonObject single =
+            runOperation(*calls.first(), *service, operations.first().mid(1));
+        for (auto it = single.begin(); it != single.end(); ++it) {
+            report.insert(it.key(), it.value());
+        }
+    } else {
+        QJsonArray reports;
+        for (int i = 0; i < calls.size(); ++i) {
+            reports.append(runOperation(*calls.at(i), *service, operations.at(i).mid(1)));
+        }
+        report.insert(QStringLiteral("calls"), reports);
     }
     out << QJsonDocument(report).toJson(QJsonDocument::Indented);
     out.flush();

@@ -16,6 +16,12 @@ int32_t intArg(const QStringList& args, int index) {
     return index < args.size() ? args.at(index).toInt() : 0;
 }
 
+bool boolArg(const QStringList& args, int index) {
+    const QString value = args.value(index);
+    return value == QStringLiteral("1") ||
+           value.compare(QStringLiteral("true"), Qt::CaseInsensitive) == 0;
+}
+
 QJsonObject resultOnly(const QJsonValue& result) {
     return {{"result", result}};
 }
@@ -30,10 +36,14 @@ QJsonObject loginOutputs(int32_t result, const std::string& longToken,
                        {{"longToken", text(longToken)}, {"errorMessage", text(errorMessage)}});
 }
 
+QJsonObject pushLine(const PushAddress& line) {
+    return {{"url", text(line.url)}, {"id", line.id}};
+}
+
 QJsonArray pushArray(const PushAddress* addresses, int32_t count) {
     QJsonArray array;
     for (int32_t i = 0; addresses != nullptr && i < count; ++i) {
-        array.append(QJsonObject{{"url", text(addresses[i].url)}, {"id", addresses[i].id}});
+        array.append(pushLine(addresses[i]));
     }
     return array;
 }
@@ -45,6 +55,8 @@ QJsonArray nodeArray(const std::vector<CategoryNode>& nodes) {
                                  {"parentId", node.parentId},
                                  {"name", QString::fromStdU16String(node.name)},
                                  {"secondText", QString::fromStdU16String(node.secondText)},
+                                 {"extraValue1", node.extraValue1},
+                                 {"extraValue2", node.extraValue2},
                                  {"children", nodeArray(node.children)}});
     }
     return array;
@@ -161,6 +173,10 @@ QVector<OperationCall> buildCalls() {
         const int32_t r = s.getRoomState(live, showType);
         return withOutputs(r, {{"live", live}, {"showType", showType}});
     });
+    add("refreshRoomInfo", "", [](S& s, A) {
+        s.refreshRoomInfo();
+        return resultOnly(QJsonValue());
+    });
     add("startBarrage", "", [](S& s, A) { return resultOnly(s.startBarrage()); });
     add("get_rtmp_address", "", [](S& s, A) {
         std::string url;
@@ -173,12 +189,37 @@ QVector<OperationCall> buildCalls() {
         PushAddress* h265 = nullptr;
         int32_t count = 0, h265Count = 0;
         const int32_t r = s.get_all_rtmp_addresses(lines, count, h265, h265Count);
+        // With a refusal the main array holds the refusal's texts instead of lines.
         QJsonObject outputs{{"lines", pushArray(lines, count)},
-                            {"h265", pushArray(h265, h265Count)}};
+                            {"count", count},
+                            {"h265", pushArray(h265, h265Count)},
+                            {"h265Count", h265Count}};
         s.freeArray(lines);
         s.freeArray(h265);
         return withOutputs(r, outputs);
     });
+    add("getRtmpAddressList", "", [](S& s, A) {
+        std::vector<PushAddress> lines;
+        const bool r = s.getRtmpAddressList(lines);
+        QJsonArray array;
+        for (const PushAddress& line : lines) {
+            array.append(pushLine(line));
+        }
+        return withOutputs(r, {{"lines", array}});
+    });
+    add("setLiveParameters", "CID2 CID3 MODULE_ID IS_AUDIO ROOM_LIVE_TYPE OBS RTC HDR",
+        [](S& s, A a) {
+            LiveParameters parameters;
+            parameters.cid2 = intArg(a, 0);
+            parameters.cid3 = intArg(a, 1);
+            parameters.module_id = intArg(a, 2);
+            parameters.is_audio = intArg(a, 3);
+            parameters.room_live_type = intArg(a, 4);
+            parameters.is_third_party_obs = boolArg(a, 5);
+            parameters.is_rtc = boolArg(a, 6);
+            parameters.is_hdr = boolArg(a, 7);
+            return resultOnly(s.setLiveParameters(parameters));
+        });
     add("open_live_room", "PUSH_URL",
         [](S& s, A a) { return resultOnly(s.open_live_room(arg(a, 0))); });
     add("stop_live_room", "", [](S& s, A) { return resultOnly(s.stop_live_room()); });
@@ -193,6 +234,38 @@ QVector<OperationCall> buildCalls() {
     add("setLiveClassify", "CID2 CID3", [](S& s, A a) {
         std::string message;
         const int32_t r = s.setLiveClassify(intArg(a, 0), intArg(a, 1), message);
+        return withOutputs(r, {{"message", text(message)}});
+    });
+    add("getLiveTags", "", [](S& s, A) {
+        bool hasTags = false;
+        int32_t hasIcon = 0;
+        std::string groupName, message;
+        std::vector<CategoryNode> tags;
+        const int32_t r = s.getLiveTags(hasTags, hasIcon, groupName, tags, message);
+        return withOutputs(r, {{"hasTags", hasTags},
+                               {"hasIcon", hasIcon},
+                               {"tagGroupName", text(groupName)},
+                               {"tags", nodeArray(tags)},
+                               {"message", text(message)}});
+    });
+    add("setGameTag", "TID", [](S& s, A a) {
+        std::string message;
+        const int32_t r = s.setGameTag(intArg(a, 0), message);
+        return withOutputs(r, {{"message", text(message)}});
+    });
+    add("classifyIsVoice", "", [](S& s, A) {
+        bool isVoice = false;
+        std::string message;
+        const int32_t r = s.classifyIsVoice(&isVoice, message);
+        return withOutputs(r, {{"isVoice", isVoice}, {"message", text(message)}});
+    });
+    add("submitGameInfoEx", "NAME PROCESS TYPE", [](S& s, A a) {
+        GameProcessInfo game;
+        game.name = arg(a, 0);
+        game.process = arg(a, 1);
+        game.type = intArg(a, 2);
+        std::string message;
+        const int32_t r = s.submitGameInfoEx(game, message);
         return withOutputs(r, {{"message", text(message)}});
     });
     add("getFollowCnt", "", [](S& s, A) {

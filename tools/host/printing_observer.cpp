@@ -16,6 +16,7 @@ void PrintingObserver::onText(const std::string& text) {
 }
 
 void PrintingObserver::onShowEnd(int32_t reason, float banHours) {
+    ++showEnds_;
     QMutexLocker lock(&mutex_);
     out_ << "  [room] show ended, reason " << reason << ", ban hours " << banHours << Qt::endl;
 }

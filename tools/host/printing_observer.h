@@ -26,6 +26,7 @@ public:
     int breadcrumbCount() const { return breadcrumbs_.load(); }
     int messageCount() const { return messages_.load(); }
     int lastRoomStatus() const { return lastStatus_.load(); }
+    int showEndCount() const { return showEnds_.load(); }
     // Messages that were not printed as lines, counted by type, as "dayrk 3, weekrk 2".
     QString summary();
 
@@ -35,6 +36,7 @@ private:
     std::atomic<int> breadcrumbs_{0};
     std::atomic<int> messages_{0};
     std::atomic<int> lastStatus_{-1};
+    std::atomic<int> showEnds_{0};
     std::map<std::string, int> counted_;  // guarded by mutex_
     bool verboseBreadcrumbs_ = false;
 };
