@@ -2,6 +2,7 @@
 
 #include "barrage/barrage_server.h"
 #include "http/sim_builtin_routes.h"
+#include "platform/sim_anchor_query_service.h"
 #include "platform/sim_category_service.h"
 #include "platform/sim_content_service.h"
 #include "platform/sim_live_service.h"
@@ -18,6 +19,7 @@ SimPlatform::SimPlatform(const QString& folder, SimEnvironment::Options options)
     addRoomRoutes(http(), state_);
     addLiveRoutes(http(), state_);
     addCategoryRoutes(http(), state_);
+    addAnchorQueryRoutes(http(), state_);
     state_.liveState().setShowEndedListener([this](int) { announceShowEnd(); });
 }
 
