@@ -114,6 +114,17 @@ public:
     int parseEmotionSeiyClassifyList(const QByteArray& bytes);
     const std::vector<CategoryNode>& emotionWhiteList() const { return state_.emotionWhiteList; }
 
+    // The anchor's queries (room/anchor_queries.cpp). None of these replies carries a message
+    // the host reads, so a refusal's text stays in lastErrorMessage(); a refused reply leaves
+    // the outputs as they were.
+    // "data"."in" == 1.
+    int parseCheckInGuildResult(const QByteArray& bytes, bool& inGuild);
+    // "data"."userInfo" and "data"."levelInfo"; a missing one leaves its record as it was.
+    int parseAnchorHeadHoverInfo(const QByteArray& bytes, AnchorCardUser& user,
+                                 AnchorCardLevel& level);
+    // "data"."remark" and "data"."url".
+    int parseCustomerServiceEntry(const QByteArray& bytes, std::string& remark, std::string& url);
+
     // Push lines (room/push_lines.cpp). Arrays handed out are allocated with new[] and are the
     // host's to free through freeArray.
     int parseRtmpResult(const QByteArray& bytes, std::string& pushUrl, int32_t& lineId);

@@ -8,18 +8,6 @@ namespace {
 constexpr int32_t kNotYetAvailable = tolvane::kNoAnswer;
 }  // namespace
 
-// slot 10
-int32_t VxNetServiceImp::get_black_user_list(std::string& reply) {
-    logBanner("get_black_user_list");
-    return kNotYetAvailable;
-}
-
-// slot 11
-int32_t VxNetServiceImp::unblack_user(const std::string& userId, std::string& reply) {
-    logBanner("unblack_user");
-    return kNotYetAvailable;
-}
-
 // slot 28
 int32_t VxNetServiceImp::sendPhoneCaptcha(const std::string& text, std::string& errorMessage) {
     logBanner("sendPhoneCaptcha");
@@ -46,21 +34,9 @@ int32_t VxNetServiceImp::getWatermarkLocation() {
     return kNotYetAvailable;
 }
 
-// slot 42
-int32_t VxNetServiceImp::getFollowCnt(int32_t& count) {
-    logBanner("getFollowCnt");
-    return kNotYetAvailable;
-}
-
 // slot 43
 double VxNetServiceImp::getLivingStatistic() {
     return 0.0;
-}
-
-// slot 44
-int32_t VxNetServiceImp::checkInGuild(bool& inGuild) {
-    logBanner("checkInGuild");
-    return kNotYetAvailable;
 }
 
 // slot 46
@@ -99,13 +75,6 @@ int32_t VxNetServiceImp::createLiveRoom(int32_t tagId, int32_t id) {
     return kNotYetAvailable;
 }
 
-// slot 69
-int32_t VxNetServiceImp::getCustomerServiceEntry(const std::string& appCode, std::string& remark,
-                                                 std::string& url) {
-    logBanner("getCustomerServiceEntry");
-    return kNotYetAvailable;
-}
-
 // slot 71
 int32_t VxNetServiceImp::sendPhoneCaptchaNew(const LoginCheckRequest& request, bool confirm,
                                              std::string& errorMessage) {
@@ -131,31 +100,6 @@ int32_t VxNetServiceImp::getLoginAuthPorts(std::vector<int32_t>& ports) {
 int32_t VxNetServiceImp::getLoginAuthCode(const std::string& bizType, std::string& refererInCodeOut,
                                           int32_t& expire) {
     logBanner("getLoginAuthCode");
-    return kNotYetAvailable;
-}
-
-// slot 78
-int32_t VxNetServiceImp::getAnchorLocation(int32_t isAllowPoi, std::string& message) {
-    logBanner("getAnchorLocation");
-    return kNotYetAvailable;
-}
-
-// slot 79
-int32_t VxNetServiceImp::reportAnchorLocation(const std::string& city, const std::string& longitude,
-                                              const std::string& latitude, std::string& message) {
-    logBanner("reportAnchorLocation");
-    return kNotYetAvailable;
-}
-
-// slot 80
-int32_t VxNetServiceImp::requestLiveAuthInfo(std::string& reply) {
-    logBanner("requestLiveAuthInfo");
-    return kNotYetAvailable;
-}
-
-// slot 81
-int32_t VxNetServiceImp::getAnchorHeadHoverInfo(AnchorCardUser& user, AnchorCardLevel& level) {
-    logBanner("getAnchorHeadHoverInfo");
     return kNotYetAvailable;
 }
 

@@ -228,6 +228,14 @@ private:
     void appendLiveCategory(ParamList& items) const;
     // --- end of push lines, live and categories ---
 
+    // --- The anchor's queries (room/anchor_queries.cpp, room/room_black_list.cpp) ---
+private:
+    // Runs an operation whose reply the host reads itself: the body goes to `reply` unparsed,
+    // or the request client's made-up reply when nothing answered (then 210); else 0.
+    int32_t runRawReplyOperation(const tolvane::net::OperationRow& row, const ParamList& items,
+                                 std::string& reply);
+    // --- end of the anchor's queries ---
+
 private:
     // Runs one HTTP operation as its row describes: banner, common items, signature, send,
     // 210 and the network text in *message when nothing answers, the parser, the row's failure

@@ -2,6 +2,7 @@
 
 #include "barrage/barrage_server.h"
 #include "http/sim_builtin_routes.h"
+#include "platform/sim_anchor_query_service.h"
 #include "platform/sim_category_service.h"
 #include "platform/sim_content_service.h"
 #include "platform/sim_live_service.h"
@@ -19,6 +20,7 @@ SimPlatform::SimPlatform(const QString& folder, SimEnvironment::Options options)
     addLiveRoutes(http(), state_);
     addCategoryRoutes(http(), state_);
     addFeedbackRoutes(http(), state_, feedback_);
+    addAnchorQueryRoutes(http(), state_);
     state_.liveState().setShowEndedListener([this](int) { announceShowEnd(); });
 }
 

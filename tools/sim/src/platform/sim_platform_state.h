@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/sim_anchor_records.h"
 #include "platform/sim_category_catalogue.h"
 #include "platform/sim_live_state.h"
 
@@ -110,6 +111,9 @@ public:
     const SimLiveState& liveState() const { return liveState_; }
     SimCategoryCatalogue& categories() { return categories_; }
     const SimCategoryCatalogue& categories() const { return categories_; }
+    // Followers, guild, location, card, black lists and customer service; guards itself.
+    SimAnchorRecords& anchorRecords() { return anchorRecords_; }
+    const SimAnchorRecords& anchorRecords() const { return anchorRecords_; }
 
 private:
     mutable std::mutex mutex_;
@@ -130,6 +134,7 @@ private:
     std::vector<int> emotionWhiteList_{201, 207, 311};
     SimLiveState liveState_;
     SimCategoryCatalogue categories_;
+    SimAnchorRecords anchorRecords_;
 };
 
 }  // namespace tolvane::sim

@@ -1,0 +1,221 @@
+#include <gtest/gtest.h>
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <functional>
+
+#include "parse/reply_texts.h"
+#include "platform/sim_anchor_query_service.h"
+#include "support/sim_service_fixture.h"
+
+namespace {
+
+using tolvane::sim::SimFault;
+using tolvane::sim::SimPairs;
+using tolvane::sim::SimRequest;
+
+constexpr int kRoom = 880001;
+const char kUid[] = "10001";
+const char kBlackList[] = "/api/v1/room_black";
+const char kUnblack[] = "/api/v1/del_black";
+const char kIdentity[] = "/member/panel/pc/ident/getIdentUrlForShow";
+
+std::string keys(const SimPairs& pairs) {
+    std::string text;
+    for (const auto& pair : pairs) {
+        text += (text.empty() ? "" : " ") + pair.first;
+    }
+    return text;
+}
+
+QJsonObject json(const std::string& text) {
+    return QJsonDocument::fromJson(QByteArray::fromStdString(text)).object();
+}
+
+class AnchorQueries : public SimServiceTest {
+protected:
+    void SetUp() override {
+        SimServiceTest::SetUp();
+        std::string error, token;
+        ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
+        service().refreshRoomInfo();
+        ASSERT_EQ(service().getRoomId(), kRoom);
+    }
+    SimRequest lastRequestTo(const char* path) {
+        const auto requests = sim().http().requestLog().to(path);
+        EXPECT_FALSE(requests.empty()) << path;
+        return requests.empty() ? SimRequest() : requests.back();
+    }
+    tolvane::sim::SimAnchorRecords& records() { return platform().anchorRecords(); }
+};
+
+// Every slot meets its route with the items where the platform reads them and a signature
+// that holds.
+TEST_F(AnchorQueries, EachSlotSendsItsItemsWhereThePlatformReadsThem) {
+    int32_t count = 0;
+    bool inGuild = false;
+    std::string message, reply, remark, url;
+    AnchorCardUser user;
+    AnchorCardLevel level;
+    struct Case {
+        const char* path;
+        std::function<int32_t()> call;
+        const char* method;
+        const char* query;
+        const char* form;
+    };
+    const Case cases[] = {
+        {"/api/v1/fans", [&] { return service().getFollowCnt(count); }, "POST", "aid time auth",
+         "token rid"},
+        {"/api/v1/checkAnchorInGuild", [&] { return service().checkInGuild(inGuild); }, "GET",
+         "token aid time auth", ""},
+        {"/api/applivecompanion/createAnchorPoi",
+         [&] { return service().reportAnchorLocation("Hangzhou", "120.1", "30.2", message); },
+         "POST", "aid client_sys time auth", "token city longitude latitude"},
+        {"/api/applivecompanion/getAnchorPoi",
+         [&] { return service().getAnchorLocation(0, message); }, "POST", "aid time auth",
+         "token isAllowPoi"},
+        {kIdentity, [&] { return service().requestLiveAuthInfo(reply); }, "POST", "aid time auth",
+         "token"},
+        {"/livenc/livetool/getCardInfo",
+         [&] { return service().getAnchorHeadHoverInfo(user, level); }, "POST",
+         "aid client_sys time auth", "token"},
+        {kBlackList, [&] { return service().get_black_user_list(reply); }, "POST", "aid time auth",
+         "token biz_type"},
+        {kUnblack, [&] { return service().unblack_user("20002", reply); }, "POST", "aid time auth",
+         "token uid room_id"},
+        {"/japi/special",
+         [&] { return service().getCustomerServiceEntry("tolvane_pc", remark, url); }, "GET",
+         "appCode", ""},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
+        EXPECT_EQ(c.call(), 0) << message << reply;
+        const SimRequest sent = lastRequestTo(c.path);
+        EXPECT_EQ(sent.method, c.method);
+        EXPECT_EQ(keys(sent.query), c.query);
+        EXPECT_EQ(keys(sent.form), c.form);
+        EXPECT_TRUE(sent.authOk) << sent.signingText;
+        EXPECT_EQ(sent.queryValue("client_sys"),
+                  std::string(c.query).find("client_sys") != std::string::npos ? "pc" : "");
+    }
+    EXPECT_EQ(lastRequestTo("/api/v1/fans").formValue("rid"), "880001");
+    EXPECT_EQ(lastRequestTo(kBlackList).formValue("biz_type"), "13");
+    EXPECT_EQ(lastRequestTo(kUnblack).formValue("room_id"), "880001");
+    // The answers, from the fixture account and its room.
+    EXPECT_EQ(count, 3260);
+    EXPECT_TRUE(inGuild);
+    EXPECT_EQ(user.nickname + "|" + user.follow + "|" + level.level, "Lantern|3260|21");
+    EXPECT_FLOAT_EQ(level.progress, 0.412625f);
+    EXPECT_EQ(remark + "|" + url, u8"在线客服 9:00-21:00|https://kf.tolvane.example/chat?app=pc");
+}
+
+TEST_F(AnchorQueries, FollowersAndGuildFollowThePlatform) {
+    records().setFollowers(kRoom, 12);
+    records().setInGuild(kUid, false);
+    int32_t count = -1;
+    bool inGuild = true;
+    ASSERT_EQ(service().getFollowCnt(count), 0);
+    EXPECT_EQ(count, 12);
+    ASSERT_EQ(service().checkInGuild(inGuild), 0);
+    EXPECT_FALSE(inGuild);
+
+    // After logout the platform refuses the session and the host's values stay.
+    service().logout();
+    EXPECT_EQ(service().getFollowCnt(count), 220);
+    EXPECT_EQ(count, 12);
+}
+
+TEST_F(AnchorQueries, LocationIsStoredAsSentAndShownOnRequest) {
+    std::string message;
+    EXPECT_EQ(service().getAnchorLocation(1, message), 4304);
+    EXPECT_EQ(message, u8"未获取到主播位置");
+
+    ASSERT_EQ(service().reportAnchorLocation(u8"杭州", "120.155070", "+30.274085", message), 0);
+    EXPECT_EQ(message, "");
+    const auto stored = records().location(kUid);
+    ASSERT_TRUE(stored.has_value());
+    EXPECT_EQ(stored->city + "|" + stored->longitude + "|" + stored->latitude,
+              u8"杭州|120.155070|+30.274085");
+
+    ASSERT_EQ(service().getAnchorLocation(1, message), 0) << message;
+    EXPECT_EQ(records().locationShown(kUid), true);
+    ASSERT_EQ(service().getAnchorLocation(0, message), 0) << message;
+    EXPECT_EQ(records().locationShown(kUid), false);
+    EXPECT_EQ(lastRequestTo("/api/applivecompanion/getAnchorPoi").formValue("isAllowPoi"), "0");
+}
+
+TEST_F(AnchorQueries, BlackListIsListedThenEdited) {
+    std::string reply;
+    ASSERT_EQ(service().get_black_user_list(reply), 0);
+    QJsonArray list = json(reply).value("data").toObject().value("list").toArray();
+    ASSERT_EQ(list.size(), 2);
+    EXPECT_EQ(list[1].toObject().value("nickname").toString().toStdString(), u8"刷屏机器人");
+
+    ASSERT_EQ(service().unblack_user("20001", reply), 0);
+    EXPECT_EQ(json(reply).value("error").toInt(-1), 0);
+    ASSERT_EQ(records().blackList(kRoom).size(), 1u);
+    EXPECT_EQ(records().blackList(kRoom)[0].uid, "20002");
+
+    // A refusal is the host's to read: the call itself succeeded.
+    ASSERT_EQ(service().unblack_user("20001", reply), 0);
+    EXPECT_EQ(json(reply).value("error").toInt(), tolvane::sim::anchor_codes::kNotBlocked);
+    ASSERT_EQ(service().get_black_user_list(reply), 0);
+    list = json(reply).value("data").toObject().value("list").toArray();
+    ASSERT_EQ(list.size(), 1);
+    EXPECT_EQ(list[0].toObject().value("uid").toString(), QStringLiteral("20002"));
+}
+
+TEST_F(AnchorQueries, RawRepliesReachTheHostUnchanged) {
+    struct Case {
+        const char* path;
+        std::function<int32_t(std::string&)> call;
+    };
+    const Case cases[] = {
+        {kIdentity, [this](std::string& reply) { return service().requestLiveAuthInfo(reply); }},
+        {kBlackList, [this](std::string& reply) { return service().get_black_user_list(reply); }},
+        {kUnblack, [this](std::string& reply) { return service().unblack_user("20001", reply); }},
+    };
+    // Not JSON and not even UTF-8: nothing may read or re-encode it on the way.
+    std::string odd = "{\"error\":606,\"data\":\"\xff\xfe\"}\r\n";
+    odd += '\0';
+    odd += "x";
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
+        std::string reply;
+        sim().http().setFault(c.path, SimFault::httpStatus(200, odd));
+        EXPECT_EQ(c.call(reply), 0);
+        EXPECT_EQ(reply, odd);
+
+        sim().http().setFault(c.path, SimFault::httpStatus(502, "gateway down"));
+        EXPECT_EQ(c.call(reply), 210);
+        const QJsonObject madeUp = json(reply);
+        EXPECT_EQ(madeUp.value("error").toInt(), 502);
+        EXPECT_EQ(madeUp.value("data").toString(), QStringLiteral("gateway down"));
+        sim().http().clearFaults();
+    }
+    std::string reply;
+    ASSERT_EQ(service().requestLiveAuthInfo(reply), 0);
+    EXPECT_EQ(json(reply).value("data").toObject().value("url").toString(),
+              QStringLiteral("https://ident.tolvane.example/pc/verify?uid=10001"));
+}
+
+TEST_F(AnchorQueries, NoAnswerGivesTheNetworkFailure) {
+    const char* paths[] = {"/api/v1/fans", "/api/applivecompanion/createAnchorPoi",
+                           "/japi/special"};
+    for (const char* path : paths) {
+        sim().http().setFault(path, SimFault::httpStatus(503));
+    }
+    int32_t count = 7;
+    EXPECT_EQ(service().getFollowCnt(count), 210);
+    EXPECT_EQ(count, 7);
+    std::string message;
+    EXPECT_EQ(service().reportAnchorLocation("Hangzhou", "120.1", "30.2", message), 210);
+    EXPECT_EQ(message, tolvane::kNetworkFailureText);
+    std::string remark = "kept", url = "kept";
+    EXPECT_EQ(service().getCustomerServiceEntry("tolvane_pc", remark, url), 210);
+    EXPECT_EQ(remark + url, "keptkept");
+}
+
+}  // namespace
