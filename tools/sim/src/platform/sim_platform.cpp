@@ -7,6 +7,7 @@
 #include "platform/sim_live_service.h"
 #include "platform/sim_passport_service.h"
 #include "platform/sim_room_service.h"
+#include "platform/sim_room_settings_service.h"
 
 namespace tolvane::sim {
 
@@ -18,6 +19,7 @@ SimPlatform::SimPlatform(const QString& folder, SimEnvironment::Options options)
     addRoomRoutes(http(), state_);
     addLiveRoutes(http(), state_);
     addCategoryRoutes(http(), state_);
+    addRoomSettingsRoutes(http(), state_);
     state_.liveState().setShowEndedListener([this](int) { announceShowEnd(); });
 }
 

@@ -11,6 +11,7 @@
 
 #include "platform/sim_category_catalogue.h"
 #include "platform/sim_live_state.h"
+#include "platform/sim_room_settings.h"
 
 namespace tolvane::sim {
 
@@ -53,6 +54,8 @@ public:
     std::optional<SimAccount> accountByName(const std::string& name) const;
     std::optional<SimAccount> accountByPhone(const std::string& phone) const;
     std::optional<SimAccount> accountByUid(const std::string& uid) const;
+    // Gives the account a room, which every service then sees; false for an unknown uid.
+    bool setAccountRoom(const std::string& uid, QJsonObject room);
 
     // A new long token and session for the account.
     struct Grant {
@@ -110,6 +113,10 @@ public:
     const SimLiveState& liveState() const { return liveState_; }
     SimCategoryCatalogue& categories() { return categories_; }
     const SimCategoryCatalogue& categories() const { return categories_; }
+    // Video settings, watermark corners, bit-rate presets, statistics, created rooms and
+    // reminders; guards itself.
+    SimRoomSettings& roomSettings() { return roomSettings_; }
+    const SimRoomSettings& roomSettings() const { return roomSettings_; }
 
 private:
     mutable std::mutex mutex_;
@@ -130,6 +137,7 @@ private:
     std::vector<int> emotionWhiteList_{201, 207, 311};
     SimLiveState liveState_;
     SimCategoryCatalogue categories_;
+    SimRoomSettings roomSettings_;
 };
 
 }  // namespace tolvane::sim
