@@ -147,6 +147,20 @@ public:
     int32_t currentCid2() const;
     int32_t currentCid3() const;
 
+    // The anchor's room settings (room/room_settings.cpp).
+    // The watermark corners as a mask (corner 1 → 1, 2 → 2, 3 → 8, 4 → 4); the mask stays 15,
+    // every corner, unless "data" is an array.
+    int parseWatermarkLocationResult(const QByteArray& bytes, int32_t& mask);
+    // Each sub-object of the reply is optional; an absent one leaves its fields as they were,
+    // except the credit, which becomes -1.
+    int parseLiveRoomParamter(const QByteArray& bytes, LiveRoomParameter& parameter);
+    // Appends the presets whose entries carry every key; others are skipped.
+    int parseIntelligentSettingConfigList(const QByteArray& bytes,
+                                          std::vector<BitrateConfig>& configs);
+    // The new room's id, "data" itself, becomes the room id of roomInfo().
+    int parseCreateLiveRoomResult(const QByteArray& bytes);
+    int parseLivingStatisticalInfo(const QByteArray& bytes, LivingStatistics& statistics);
+
 private:
     // Push URL -> line id of the lines the last reply offered.
     using PushLineTable = std::map<std::string, int32_t>;

@@ -28,50 +28,9 @@ int32_t VxNetServiceImp::loginByQRCode(const std::string& code, std::string& lon
     return kNotYetAvailable;
 }
 
-// slot 38
-int32_t VxNetServiceImp::getWatermarkLocation() {
-    logBanner("getWatermarkLocation");
-    return kNotYetAvailable;
-}
-
-// slot 43
-double VxNetServiceImp::getLivingStatistic() {
-    return 0.0;
-}
-
-// slot 46
-int32_t VxNetServiceImp::getLiveRoomParameter(LiveRoomParameter& parameter) {
-    logBanner("getLiveRoomParameter");
-    return kNotYetAvailable;
-}
-
-// slot 57
-int32_t VxNetServiceImp::getLivingStatisticalInfo(LivingStatistics& statistics) {
-    logBanner("getLivingStatisticalInfo");
-    return kNotYetAvailable;
-}
-
-// slot 61
-int32_t VxNetServiceImp::sendLiveRemindCustom(const std::string& title, std::string& message) {
-    logBanner("sendLiveRemindCustom");
-    return kNotYetAvailable;
-}
-
-// slot 62
-int32_t VxNetServiceImp::getIntelligentSettingConfig(std::vector<BitrateConfig>& configs) {
-    logBanner("getIntelligentSettingConfig");
-    return kNotYetAvailable;
-}
-
 // slot 63
 int32_t VxNetServiceImp::bindPhoneNum(const std::string& phoneNumber, std::string& errorMessage) {
     logBanner("bindPhoneNum");
-    return kNotYetAvailable;
-}
-
-// slot 66
-int32_t VxNetServiceImp::createLiveRoom(int32_t tagId, int32_t id) {
-    logBanner("createLiveRoom");
     return kNotYetAvailable;
 }
 

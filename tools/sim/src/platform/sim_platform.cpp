@@ -8,6 +8,7 @@
 #include "platform/sim_live_service.h"
 #include "platform/sim_passport_service.h"
 #include "platform/sim_room_service.h"
+#include "platform/sim_room_settings_service.h"
 
 namespace tolvane::sim {
 
@@ -21,6 +22,7 @@ SimPlatform::SimPlatform(const QString& folder, SimEnvironment::Options options)
     addCategoryRoutes(http(), state_);
     addFeedbackRoutes(http(), state_, feedback_);
     addAnchorQueryRoutes(http(), state_);
+    addRoomSettingsRoutes(http(), state_);
     state_.liveState().setShowEndedListener([this](int) { announceShowEnd(); });
 }
 

@@ -85,6 +85,17 @@ std::optional<SimAccount> SimPlatformState::accountByUid(const std::string& uid)
     return std::nullopt;
 }
 
+bool SimPlatformState::setAccountRoom(const std::string& uid, QJsonObject room) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    for (SimAccount& account : accounts_) {
+        if (account.uid == uid) {
+            account.room = std::move(room);
+            return true;
+        }
+    }
+    return false;
+}
+
 SimPlatformState::Grant SimPlatformState::grantLogin(const SimAccount& account) {
     std::lock_guard<std::mutex> lock(mutex_);
     ++counter_;

@@ -12,6 +12,7 @@
 #include "platform/sim_anchor_records.h"
 #include "platform/sim_category_catalogue.h"
 #include "platform/sim_live_state.h"
+#include "platform/sim_room_settings.h"
 
 namespace tolvane::sim {
 
@@ -54,6 +55,8 @@ public:
     std::optional<SimAccount> accountByName(const std::string& name) const;
     std::optional<SimAccount> accountByPhone(const std::string& phone) const;
     std::optional<SimAccount> accountByUid(const std::string& uid) const;
+    // Gives the account a room, which every service then sees; false for an unknown uid.
+    bool setAccountRoom(const std::string& uid, QJsonObject room);
 
     // A new long token and session for the account.
     struct Grant {
@@ -114,6 +117,10 @@ public:
     // Followers, guild, location, card, black lists and customer service; guards itself.
     SimAnchorRecords& anchorRecords() { return anchorRecords_; }
     const SimAnchorRecords& anchorRecords() const { return anchorRecords_; }
+    // Video settings, watermark corners, bit-rate presets, statistics, created rooms and
+    // reminders; guards itself.
+    SimRoomSettings& roomSettings() { return roomSettings_; }
+    const SimRoomSettings& roomSettings() const { return roomSettings_; }
 
 private:
     mutable std::mutex mutex_;
@@ -135,6 +142,7 @@ private:
     SimLiveState liveState_;
     SimCategoryCatalogue categories_;
     SimAnchorRecords anchorRecords_;
+    SimRoomSettings roomSettings_;
 };
 
 }  // namespace tolvane::sim
