@@ -13,6 +13,7 @@ constexpr int kPushLinesRefusedCode = 608;
 // A refusal whose payload points the anchor at a page to read first.
 constexpr int kPushLinesReferredCode = 9;
 
+// Both overloads of DataParser::parseReplyData; they differ only in the payload's JSON type.
 template <typename Payload>
 int parseReplyDataAs(DataParser& parser, const char* parserName, const QByteArray& bytes,
                      const QString& messageKey, QJsonObject& root, Payload& data,
