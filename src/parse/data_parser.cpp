@@ -29,7 +29,7 @@ DataParser::~DataParser() = default;
 
 void DataParser::reset() {
     // The push-line tables are part of the state and are only touched under their lock.
-    QMutexLocker lock(&pushLinesMutex_);
+    const std::lock_guard<std::mutex> lock(pushLinesMutex_);
     state_ = State{};
 }
 

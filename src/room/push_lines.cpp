@@ -14,6 +14,7 @@ constexpr int kPushLinesRefusedCode = 608;
 // A refusal whose payload points the anchor at a page to read first.
 constexpr int kPushLinesReferredCode = 9;
 
+// Both overloads of DataParser::parseReplyData; they differ only in the payload's JSON type.
 template <typename Payload>
 int parseReplyDataAs(DataParser& parser, const char* parserName, const QByteArray& bytes,
                      const QString& messageKey, QJsonObject& root, Payload& data,
@@ -56,7 +57,7 @@ bool pushLineFromSortedEntry(const QJsonValue& entry, PushAddress& line) {
 // Replaces `table` with the entries' lines and hands them out as a new array of the list's size,
 // filled from the front; an empty list only empties the table.
 void handOutPushLines(const QJsonArray& entries, bool (*readLine)(const QJsonValue&, PushAddress&),
-                      QMutex& mutex, std::map<std::string, int32_t>& table, PushAddress*& lines,
+                      std::mutex& mutex, std::map<std::string, int32_t>& table, PushAddress*& lines,
                       int32_t& count) {
     PushAddress* filled = nullptr;
     int filledCount = 0;
@@ -70,7 +71,7 @@ void handOutPushLines(const QJsonArray& entries, bool (*readLine)(const QJsonVal
         lines = filled;
         count = entries.size();
     }
-    QMutexLocker lock(&mutex);
+    const std::lock_guard<std::mutex> lock(mutex);
     table.clear();
     for (int i = 0; i < filledCount; ++i) {
         table.insert_or_assign(filled[i].url, filled[i].id);
@@ -106,7 +107,7 @@ int DataParser::parseRtmpResult(const QByteArray& bytes, std::string& pushUrl, i
     }
     // One slash even after a base that ends in one: the line tables key on this exact text.
     pushUrl = url.toStdString() + '/' + stream.toStdString();
-    QMutexLocker lock(&pushLinesMutex_);
+    const std::lock_guard<std::mutex> lock(pushLinesMutex_);
     state_.pushLines.insert_or_assign(pushUrl, lineId);
     return 0;
 }
@@ -195,7 +196,7 @@ int DataParser::parseAllRtmpAddressResult(const QByteArray& bytes, PushAddress*&
 }
 
 bool DataParser::findPushLine(const std::string& url, int32_t& lineId) const {
-    QMutexLocker lock(&pushLinesMutex_);
+    const std::lock_guard<std::mutex> lock(pushLinesMutex_);
     for (const PushLineTable* table : {&state_.pushLines, &state_.h265PushLines}) {
         const auto line = table->find(url);
         if (line != table->end()) {
