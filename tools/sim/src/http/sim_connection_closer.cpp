@@ -2,11 +2,8 @@
 
 #include <httplib.h>
 #include <netinet/in.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <string>
 
 namespace tolvane::sim {
 
@@ -24,13 +21,15 @@ int portOf(const sockaddr_storage& address) {
 
 // httplib does not hand the socket to handlers, so it is found among the process's descriptors
 // by its two ports. The client may live in this process too; its end of the same connection has
-// the ports the other way round, and a listening socket has no peer.
+// the ports the other way round, and a listening socket has no peer. Descriptor numbers are
+// probed directly rather than listed from /proc, which would open (and close) a descriptor of
+// its own while other threads open theirs.
 int findConnection(int localPort, int remotePort) {
-    namespace fs = std::filesystem;
-    std::error_code error;
-    for (fs::directory_iterator it("/proc/self/fd", error), end; !error && it != end;
-         it.increment(error)) {
-        const int fd = std::atoi(it->path().filename().c_str());
+    rlimit limit{};
+    const int highest = getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < 65536
+                            ? static_cast<int>(limit.rlim_cur)
+                            : 65536;
+    for (int fd = 0; fd < highest; ++fd) {
         sockaddr_storage local{};
         sockaddr_storage remote{};
         socklen_t localSize = sizeof(local);
