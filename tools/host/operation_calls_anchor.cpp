@@ -13,16 +13,21 @@ QJsonObject cardUserObject(const AnchorCardUser& user) {
             {"follow", text(user.follow)},     {"isOfficial", user.isOfficial}};
 }
 
+// A float widened to double shows noise digits (0.41262501); its shortest text reads back clean.
+double shortest(float value) {
+    return QString::number(value).toDouble();
+}
+
 QJsonObject cardLevelObject(const AnchorCardLevel& level) {
     return {{"level", text(level.level)},
-            {"upgrade_exp", static_cast<double>(level.upgrade_exp)},
-            {"min_exp", static_cast<double>(level.min_exp)},
-            {"exp", static_cast<double>(level.exp)},
+            {"upgrade_exp", shortest(level.upgrade_exp)},
+            {"min_exp", shortest(level.min_exp)},
+            {"exp", shortest(level.exp)},
             {"isFull", level.isFull},
             {"levelIcon", text(level.levelIcon)},
             {"next_level", level.next_level},
             {"nextLevelIcon", text(level.nextLevelIcon)},
-            {"progress", static_cast<double>(level.progress)}};
+            {"progress", shortest(level.progress)}};
 }
 
 // Operations that hand the platform's reply over as text.
