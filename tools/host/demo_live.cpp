@@ -48,6 +48,7 @@ void DemoRoad::goLive() {
         !expectRoomLive(true)) {
         return;
     }
+    showLiveRoomSettings(kDemoCid2);
     followBarrage();
     if (check(QStringLiteral("stop_live_room"), service_.stop_live_room())) {
         expectRoomLive(false);

@@ -51,6 +51,14 @@ private:
     bool expectRoomLive(bool live);
     void awaitShowEnd();
 
+    // demo_room_settings.cpp: what the anchor's panels show while the room is live.
+    void showLiveRoomSettings(int32_t cid2);
+    void showRoomParameter();
+    void showFollowersAndGuild();
+    void showWatermarkCorners();
+    void showLiveStatistics();
+    void showBitratePreset(int32_t cid2);
+
     ILiveencoderNetService& service_;
     tolvane::sim::SimPlatform& sim_;
     PrintingObserver& observer_;

@@ -1,22 +1,27 @@
 #include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
+#include <memory>
 
 #include "demo.h"
 #include "module_loader.h"
 #include "operation_calls.h"
+#include "platform/sim_platform.h"
 #include "printing_observer.h"
 
 namespace {
 
 int usage(QTextStream& err) {
     err << "usage: tolvane-host demo\n"
-           "       tolvane-host call [--login NAME PASSWORD] OPERATION [ARGUMENT...] "
+           "       tolvane-host call [--sim] [--login NAME PASSWORD] OPERATION [ARGUMENT...] "
            "[+ OPERATION [ARGUMENT...]]...\n"
            "Operations joined by + run in order on one service, so later ones see the state\n"
            "earlier ones left (the room, the category, the push lines).\n"
+           "--sim runs them against an embedded platform simulator instead of the environment\n"
+           "that default.data (or TOLVANE_DEFAULT_DATA) selects.\n"
            "operations:\n";
     for (const OperationCall& call : operationCalls()) {
         err << "  " << call.name << ' ' << call.usage << '\n';
@@ -48,10 +53,22 @@ QJsonObject runOperation(const OperationCall& call, ILiveencoderNetService& serv
     return report;
 }
 
-// Operations against whatever environment default.data selects, printed as JSON: one
-// operation's report alone, several as the list "calls".
+// Operations against whatever environment default.data selects, or the embedded simulator,
+// printed as JSON: one operation's report alone, several as the list "calls".
 int runCall(CreateNetServiceFunction create, PrintingObserver& observer, QStringList args,
             QTextStream& out, QTextStream& err) {
+    // The simulator points TOLVANE_DEFAULT_DATA at itself, so it must start before the service
+    // reads its configuration, and outlive it.
+    QTemporaryDir simFolder;
+    std::unique_ptr<tolvane::sim::SimPlatform> sim;
+    if (!args.isEmpty() && args.first() == QStringLiteral("--sim")) {
+        args.removeFirst();
+        sim = std::make_unique<tolvane::sim::SimPlatform>(simFolder.path());
+        if (!simFolder.isValid() || !sim->start()) {
+            err << "cannot start the simulator" << Qt::endl;
+            return 1;
+        }
+    }
     QStringList login;
     if (!args.isEmpty() && args.first() == QStringLiteral("--login")) {
         if (args.size() < 3) {

@@ -2,33 +2,11 @@
 
 #include <QJsonArray>
 
+#include "call_arguments.h"
+
 namespace {
 
-QString text(const std::string& value) {
-    return QString::fromStdString(value);
-}
-
-std::string arg(const QStringList& args, int index) {
-    return index < args.size() ? args.at(index).toStdString() : std::string();
-}
-
-int32_t intArg(const QStringList& args, int index) {
-    return index < args.size() ? args.at(index).toInt() : 0;
-}
-
-bool boolArg(const QStringList& args, int index) {
-    const QString value = args.value(index);
-    return value == QStringLiteral("1") ||
-           value.compare(QStringLiteral("true"), Qt::CaseInsensitive) == 0;
-}
-
-QJsonObject resultOnly(const QJsonValue& result) {
-    return {{"result", result}};
-}
-
-QJsonObject withOutputs(const QJsonValue& result, const QJsonObject& outputs) {
-    return {{"result", result}, {"outputs", outputs}};
-}
+using namespace host_calls;
 
 QJsonObject loginOutputs(int32_t result, const std::string& longToken,
                          const std::string& errorMessage) {
@@ -75,8 +53,7 @@ QVector<OperationCall> buildCalls() {
     using S = ILiveencoderNetService;
     using A = const QStringList&;
     QVector<OperationCall> calls;
-    auto add = [&calls](const char* name, const char* usage,
-                        std::function<QJsonObject(S&, A)> run) {
+    const AddCall add = [&calls](const char* name, const char* usage, CallRunner run) {
         calls.append({QString::fromLatin1(name), QString::fromLatin1(usage), std::move(run)});
     };
 
@@ -268,16 +245,12 @@ QVector<OperationCall> buildCalls() {
         const int32_t r = s.submitGameInfoEx(game, message);
         return withOutputs(r, {{"message", text(message)}});
     });
-    add("getFollowCnt", "", [](S& s, A) {
-        int32_t count = 0;
-        const int32_t r = s.getFollowCnt(count);
-        return withOutputs(r, {{"count", count}});
-    });
-    add("getWatermarkLocation", "", [](S& s, A) { return resultOnly(s.getWatermarkLocation()); });
     add("isAvailable", "", [](S& s, A) { return resultOnly(s.isAvailable()); });
     add("getAppId", "", [](S& s, A) { return resultOnly(QString::fromUtf8(s.getAppId())); });
     add("getBizType", "", [](S& s, A) { return resultOnly(s.getBizType()); });
     add("getRoomId", "", [](S& s, A) { return resultOnly(s.getRoomId()); });
+    addRoomSettingsCalls(add);
+    addAnchorCalls(add);
     return calls;
 }
 
