@@ -13,13 +13,8 @@ QByteArray sha256(const std::string& bytes) {
     return QCryptographicHash::hash(QByteArray::fromStdString(bytes), QCryptographicHash::Sha256);
 }
 
-class Feedback : public SimServiceTest {
+class Feedback : public LoggedInSimServiceTest {
 protected:
-    void SetUp() override {
-        SimServiceTest::SetUp();
-        std::string error, token;
-        ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
-    }
     // A file of random bytes in the workspace; returns its path.
     std::string writeImage(const QString& name, int size) {
         QByteArray bytes(size, Qt::Uninitialized);
@@ -67,7 +62,7 @@ TEST_F(Feedback, TextAndImagesArriveIntact) {
                   QCryptographicHash::hash(images_[path], QCryptographicHash::Sha256));
         EXPECT_EQ(image.contentType, image.fileName == "screen.png" ? "image/png" : "image/jpeg");
     }
-    const auto requests = sim().http().requestLog().to("/api/v1/report_message");
+    const auto requests = requestsTo("/api/v1/report_message");
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_TRUE(requests[0].authOk) << requests[0].signingText;
     EXPECT_TRUE(
@@ -80,7 +75,7 @@ TEST_F(Feedback, NothingGoesOutWhenAnImageCannotBeRead) {
     std::string reply = "untouched";
     EXPECT_EQ(service().reportFeedback("t", "c", FeedbackRecord(), paths, reply), 210);
     EXPECT_EQ(reply, "untouched");
-    EXPECT_TRUE(sim().http().requestLog().to("/api/v1/report_message").empty());
+    EXPECT_TRUE(requestsTo("/api/v1/report_message").empty());
 
     // A refused upload hands the platform's text over unread.
     service().logout();

@@ -15,7 +15,7 @@ using tolvane::sim::SimFault;
 using tolvane::sim::SimPairs;
 using tolvane::sim::SimRequest;
 
-constexpr int kRoom = 880001;
+constexpr int kRoom = kAnchorRoom;
 const char kUid[] = "10001";
 const char kBlackList[] = "/api/v1/room_black";
 const char kUnblack[] = "/api/v1/del_black";
@@ -33,20 +33,8 @@ QJsonObject json(const std::string& text) {
     return QJsonDocument::fromJson(QByteArray::fromStdString(text)).object();
 }
 
-class AnchorQueries : public SimServiceTest {
+class AnchorQueries : public AnchorRoomSimServiceTest {
 protected:
-    void SetUp() override {
-        SimServiceTest::SetUp();
-        std::string error, token;
-        ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
-        service().refreshRoomInfo();
-        ASSERT_EQ(service().getRoomId(), kRoom);
-    }
-    SimRequest lastRequestTo(const char* path) {
-        const auto requests = sim().http().requestLog().to(path);
-        EXPECT_FALSE(requests.empty()) << path;
-        return requests.empty() ? SimRequest() : requests.back();
-    }
     tolvane::sim::SimAnchorRecords& records() { return platform().anchorRecords(); }
 };
 

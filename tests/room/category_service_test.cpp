@@ -7,7 +7,7 @@ namespace {
 
 using tolvane::sim::SimFault;
 
-constexpr int kRoom = 880001;
+constexpr int kRoom = kAnchorRoom;
 
 std::string names(const std::vector<CategoryNode>& nodes) {
     std::string text;
@@ -17,21 +17,7 @@ std::string names(const std::vector<CategoryNode>& nodes) {
     return text;
 }
 
-class CategoryService : public SimServiceTest {
-protected:
-    void SetUp() override {
-        SimServiceTest::SetUp();
-        std::string error, token;
-        ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
-        service().refreshRoomInfo();
-        ASSERT_EQ(service().getRoomId(), kRoom);
-    }
-    tolvane::sim::SimRequest lastRequestTo(const char* path) {
-        const auto requests = sim().http().requestLog().to(path);
-        EXPECT_FALSE(requests.empty()) << path;
-        return requests.empty() ? tolvane::sim::SimRequest() : requests.back();
-    }
-};
+class CategoryService : public AnchorRoomSimServiceTest {};
 
 TEST_F(CategoryService, PickedCategoryIsWhatTagsAndTreeAreAskedFor) {
     std::vector<CategoryNode> tree, suggestions;
@@ -79,7 +65,7 @@ TEST_F(CategoryService, VoiceCheckAnswersWithTheCode) {
     std::string message;
     EXPECT_EQ(service().classifyIsVoice(nullptr, message), 1);
     EXPECT_EQ(message, u8"参数错误");
-    EXPECT_TRUE(sim().http().requestLog().to("/api/v1/livingCheck").empty());
+    EXPECT_TRUE(requestsTo("/api/v1/livingCheck").empty());
 
     struct Case {
         int32_t cid2, cid3;

@@ -12,7 +12,7 @@ using tolvane::sim::SimLineListShape;
 using tolvane::sim::SimLineRefusal;
 using tolvane::sim::SimRoomLines;
 
-constexpr int kRoom = 880001;
+constexpr int kRoom = kAnchorRoom;
 const char kStartLive[] = "/mgapi/livenc/anchor/startLive";
 const std::string kMainLine3 = "rtmp://push-c.tolvane.example/live/880001_c3?key=9f1e";
 const std::string kH265Line12 = "rtmp://push-h.tolvane.example/live265/880001_h12?key=d00d";
@@ -40,19 +40,11 @@ private:
     VxNetServiceImp& service_;
 };
 
-class LiveService : public SimServiceTest {
+class LiveService : public LoggedInSimServiceTest {
 protected:
-    void SetUp() override {
-        SimServiceTest::SetUp();
-        std::string error, token;
-        ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
-    }
     int32_t fetchLines(HandedOutLines& lines) {
         return service().get_all_rtmp_addresses(lines.main, lines.mainCount, lines.h265,
                                                 lines.h265Count);
-    }
-    std::vector<tolvane::sim::SimRequest> requestsTo(const char* path) {
-        return sim().http().requestLog().to(path);
     }
     bool roomIsLive() {
         bool live = false, showType = false;

@@ -9,7 +9,7 @@ namespace {
 using tolvane::sim::SimFault;
 using tolvane::sim::SimRequest;
 
-constexpr int kRoom = 880001;
+constexpr int kRoom = kAnchorRoom;
 const char kCorners[] = "/api/v1/get_corner";
 const char kVideoSettings[] = "/api/videoPartner/getVideoSettingInfo";
 const char kPresets[] = "/api/videoPartner/bitrate_config";
@@ -27,24 +27,13 @@ std::string placed(const tolvane::sim::SimPairs& pairs) {
     return text;
 }
 
-class RoomSettingsService : public SimServiceTest {
+class RoomSettingsService : public AnchorRoomSimServiceTest {
 protected:
-    void SetUp() override {
-        SimServiceTest::SetUp();
-        std::string error, token;
-        ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
-        service().refreshRoomInfo();
-        ASSERT_EQ(service().getRoomId(), kRoom);
-    }
     // The one request the last call sent to `path`, checked for its signature.
     SimRequest sentTo(const char* path) {
-        const auto requests = sim().http().requestLog().to(path);
-        EXPECT_FALSE(requests.empty()) << path;
-        if (requests.empty()) {
-            return SimRequest();
-        }
-        EXPECT_TRUE(requests.back().authOk) << requests.back().signingText;
-        return requests.back();
+        const SimRequest sent = lastRequestTo(path);
+        EXPECT_TRUE(sent.authOk) << sent.signingText;
+        return sent;
     }
 };
 
@@ -152,7 +141,7 @@ TEST_F(RoomSettingsService, StatisticsWithoutASessionSendNothing) {
     LivingStatistics statistics;
     EXPECT_EQ(service().getLivingStatisticalInfo(statistics), 220);
     EXPECT_EQ(service().getLivingStatistic(), 0.0);
-    EXPECT_TRUE(sim().http().requestLog().to(kStatistics).empty());
+    EXPECT_TRUE(requestsTo(kStatistics).empty());
     EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
                     .contains(QStringLiteral("getLivingStatisticalInfo:{token is empty}")));
 }

@@ -20,20 +20,8 @@ QString q(const std::string& text) {
     return QString::fromStdString(text);
 }
 
-// Signed POSTs carry their time in the query and the session in the form; GETs carry both in
-// the query.
-SimCaller caller(const SimPlatformState& state, const SimRequest& request) {
-    const bool isGet = request.method == "GET";
-    return identifyCaller(state, request.queryValue("time"),
-                          isGet ? request.queryValue("token") : request.formValue("token"));
-}
-
-SimCaller roomOwner(const SimPlatformState& state, const SimRequest& request) {
-    return identifyRoomOwner(state, request.queryValue("time"), request.formValue("token"));
-}
-
 SimReply followerCount(const SimPlatformState& state, const SimRequest& request) {
-    const SimCaller anchor = caller(state, request);
+    const SimCaller anchor = identifyCaller(state, request);
     if (!anchor.account) {
         return anchor.refusal;
     }
@@ -45,7 +33,7 @@ SimReply followerCount(const SimPlatformState& state, const SimRequest& request)
 }
 
 SimReply guildCheck(const SimPlatformState& state, const SimRequest& request) {
-    const SimCaller anchor = caller(state, request);
+    const SimCaller anchor = identifyCaller(state, request);
     if (!anchor.account) {
         return anchor.refusal;
     }
@@ -60,7 +48,7 @@ QJsonObject locationObject(const SimAnchorLocation& location) {
 
 // "isAllowPoi" 1 shows the last reported location to viewers and answers it; 0 hides it.
 SimReply locationQuery(SimPlatformState& state, const SimRequest& request) {
-    const SimCaller anchor = caller(state, request);
+    const SimCaller anchor = identifyCaller(state, request);
     if (!anchor.account) {
         return anchor.refusal;
     }
@@ -88,7 +76,7 @@ bool isCoordinate(const std::string& text, double limit) {
 }
 
 SimReply locationReport(SimPlatformState& state, const SimRequest& request) {
-    const SimCaller anchor = caller(state, request);
+    const SimCaller anchor = identifyCaller(state, request);
     if (!anchor.account) {
         return anchor.refusal;
     }
@@ -103,7 +91,7 @@ SimReply locationReport(SimPlatformState& state, const SimRequest& request) {
 }
 
 SimReply identityLink(const SimPlatformState& state, const SimRequest& request) {
-    const SimCaller anchor = caller(state, request);
+    const SimCaller anchor = identifyCaller(state, request);
     if (!anchor.account) {
         return anchor.refusal;
     }
@@ -152,7 +140,7 @@ QJsonObject accountCard(const SimPlatformState& state, const SimAccount& account
 }
 
 SimReply hoverCard(const SimPlatformState& state, const SimRequest& request) {
-    const SimCaller anchor = caller(state, request);
+    const SimCaller anchor = identifyCaller(state, request);
     if (!anchor.account) {
         return anchor.refusal;
     }
@@ -161,7 +149,7 @@ SimReply hoverCard(const SimPlatformState& state, const SimRequest& request) {
 }
 
 SimReply blackList(const SimPlatformState& state, const SimRequest& request) {
-    const SimCaller owner = roomOwner(state, request);
+    const SimCaller owner = identifyRoomOwner(state, request);
     if (!owner.account) {
         return owner.refusal;
     }
@@ -178,7 +166,7 @@ SimReply blackList(const SimPlatformState& state, const SimRequest& request) {
 }
 
 SimReply unblock(SimPlatformState& state, const SimRequest& request) {
-    const SimCaller owner = roomOwner(state, request);
+    const SimCaller owner = identifyRoomOwner(state, request);
     if (!owner.account) {
         return owner.refusal;
     }
@@ -202,33 +190,29 @@ SimReply serviceEntry(const SimPlatformState& state, const SimRequest& request) 
 }  // namespace
 
 void addAnchorQueryRoutes(SimHttpServer& server, SimPlatformState& state) {
-    auto add = [&server](const char* method, int hostKind, const char* path,
-                         const char* signingPath, SimHandler handler) {
-        const SimSignRule rule =
-            *signingPath != '\0' ? SimSignRule::CommonLists : SimSignRule::None;
-        server.routes().add(
-            {method, SimAddressTable::Host, hostKind, path, signingPath, rule, std::move(handler)});
-    };
     SimPlatformState* s = &state;
-    add("POST", 0, "/api/v1/fans", "fans",
-        [s](const SimRequest& r) { return followerCount(*s, r); });
-    add("GET", 0, "/api/v1/checkAnchorInGuild", "checkAnchorInGuild",
-        [s](const SimRequest& r) { return guildCheck(*s, r); });
-    add("POST", 0, "/api/applivecompanion/getAnchorPoi", "applivecompanion/getAnchorPoi",
-        [s](const SimRequest& r) { return locationQuery(*s, r); });
-    add("POST", 0, "/api/applivecompanion/createAnchorPoi", "applivecompanion/createAnchorPoi",
-        [s](const SimRequest& r) { return locationReport(*s, r); });
-    add("POST", 0, "/member/panel/pc/ident/getIdentUrlForShow",
-        "member/panel/pc/ident/getIdentUrlForShow",
-        [s](const SimRequest& r) { return identityLink(*s, r); });
-    add("POST", 7, "/livenc/livetool/getCardInfo", "livenc/livetool/getCardInfo",
-        [s](const SimRequest& r) { return hoverCard(*s, r); });
-    add("POST", 0, "/api/v1/room_black", "room_black",
-        [s](const SimRequest& r) { return blackList(*s, r); });
-    add("POST", 0, "/api/v1/del_black", "del_black",
-        [s](const SimRequest& r) { return unblock(*s, r); });
+    addHostRoute(server, "POST", 0, "/api/v1/fans", "fans",
+                 [s](const SimRequest& r) { return followerCount(*s, r); });
+    addHostRoute(server, "GET", 0, "/api/v1/checkAnchorInGuild", "checkAnchorInGuild",
+                 [s](const SimRequest& r) { return guildCheck(*s, r); });
+    addHostRoute(server, "POST", 0, "/api/applivecompanion/getAnchorPoi",
+                 "applivecompanion/getAnchorPoi",
+                 [s](const SimRequest& r) { return locationQuery(*s, r); });
+    addHostRoute(server, "POST", 0, "/api/applivecompanion/createAnchorPoi",
+                 "applivecompanion/createAnchorPoi",
+                 [s](const SimRequest& r) { return locationReport(*s, r); });
+    addHostRoute(server, "POST", 0, "/member/panel/pc/ident/getIdentUrlForShow",
+                 "member/panel/pc/ident/getIdentUrlForShow",
+                 [s](const SimRequest& r) { return identityLink(*s, r); });
+    addHostRoute(server, "POST", 7, "/livenc/livetool/getCardInfo", "livenc/livetool/getCardInfo",
+                 [s](const SimRequest& r) { return hoverCard(*s, r); });
+    addHostRoute(server, "POST", 0, "/api/v1/room_black", "room_black",
+                 [s](const SimRequest& r) { return blackList(*s, r); });
+    addHostRoute(server, "POST", 0, "/api/v1/del_black", "del_black",
+                 [s](const SimRequest& r) { return unblock(*s, r); });
     // The customer-service host is public: no signature, no session.
-    add("GET", 6, "/japi/special", "", [s](const SimRequest& r) { return serviceEntry(*s, r); });
+    addHostRoute(server, "GET", 6, "/japi/special", "",
+                 [s](const SimRequest& r) { return serviceEntry(*s, r); });
 }
 
 }  // namespace tolvane::sim

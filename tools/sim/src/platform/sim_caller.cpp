@@ -2,6 +2,7 @@
 
 #include <QString>
 #include <cstdlib>
+#include <utility>
 
 #include "http/sim_replies.h"
 
@@ -45,6 +46,31 @@ SimCaller identifyRoomOwner(const SimPlatformState& state, const std::string& se
         caller.account.reset();
     }
     return caller;
+}
+
+namespace {
+
+std::string sessionToken(const SimRequest& request) {
+    return request.method == "GET" ? request.queryValue("token") : request.formValue("token");
+}
+
+}  // namespace
+
+SimCaller identifyCaller(const SimPlatformState& state, const SimRequest& request,
+                         const QString& messageKey) {
+    return identifyCaller(state, request.queryValue("time"), sessionToken(request), messageKey);
+}
+
+SimCaller identifyRoomOwner(const SimPlatformState& state, const SimRequest& request,
+                            const QString& messageKey) {
+    return identifyRoomOwner(state, request.queryValue("time"), sessionToken(request), messageKey);
+}
+
+void addHostRoute(SimHttpServer& server, const char* method, int hostKind, const char* path,
+                  const char* signingPath, SimHandler handler) {
+    const SimSignRule rule = *signingPath != '\0' ? SimSignRule::CommonLists : SimSignRule::None;
+    server.routes().add(
+        {method, SimAddressTable::Host, hostKind, path, signingPath, rule, std::move(handler)});
 }
 
 }  // namespace tolvane::sim

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "http/sim_http_server.h"
 #include "http/sim_records.h"
 #include "platform/sim_platform_state.h"
 
@@ -41,5 +42,17 @@ SimCaller identifyCaller(const SimPlatformState& state, const std::string& sentT
 SimCaller identifyRoomOwner(const SimPlatformState& state, const std::string& sentTime,
                             const std::string& token,
                             const QString& messageKey = QStringLiteral("data"));
+
+// Signed own-URL services send their time in the query and their session in the form; a GET
+// carries both in the query.
+SimCaller identifyCaller(const SimPlatformState& state, const SimRequest& request,
+                         const QString& messageKey = QStringLiteral("data"));
+SimCaller identifyRoomOwner(const SimPlatformState& state, const SimRequest& request,
+                            const QString& messageKey = QStringLiteral("data"));
+
+// Registers a POST or GET on one of the platform's hosts, signed over `signingPath` with the
+// common lists; an empty `signingPath` leaves the route public.
+void addHostRoute(SimHttpServer& server, const char* method, int hostKind, const char* path,
+                  const char* signingPath, SimHandler handler);
 
 }  // namespace tolvane::sim

@@ -24,19 +24,6 @@ int number(const SimRequest& request, const char* key) {
     return q(request.formValue(key)).toInt();
 }
 
-// Own-URL services sign and send their time in the query, their items in the form.
-SimCaller caller(const SimPlatformState& state, const SimRequest& request,
-                 const QString& messageKey = QStringLiteral("data")) {
-    return identifyCaller(state, request.queryValue("time"), request.formValue("token"),
-                          messageKey);
-}
-
-SimCaller roomOwner(const SimPlatformState& state, const SimRequest& request,
-                    const QString& messageKey = QStringLiteral("data")) {
-    return identifyRoomOwner(state, request.queryValue("time"), request.formValue("token"),
-                             messageKey);
-}
-
 // The catalogue is public: it needs the time, not a session.
 SimReply allCategories(const SimPlatformState& state, const SimRequest& request) {
     if (!timeInWindow(state, request.queryValue("time"))) {
@@ -62,7 +49,7 @@ SimReply partnerCategories(const SimPlatformState& state, const SimRequest& requ
 }
 
 SimReply updateCategory(SimPlatformState& state, const SimRequest& request) {
-    const SimCaller owner = roomOwner(state, request, kMsg);
+    const SimCaller owner = identifyRoomOwner(state, request, kMsg);
     if (!owner.account) {
         return owner.refusal;
     }
@@ -74,7 +61,7 @@ SimReply updateCategory(SimPlatformState& state, const SimRequest& request) {
 }
 
 SimReply tagList(const SimPlatformState& state, const SimRequest& request) {
-    const SimCaller anchor = caller(state, request);
+    const SimCaller anchor = identifyCaller(state, request);
     if (!anchor.account) {
         return anchor.refusal;
     }
@@ -87,7 +74,7 @@ SimReply tagList(const SimPlatformState& state, const SimRequest& request) {
 }
 
 SimReply updateTag(SimPlatformState& state, const SimRequest& request) {
-    const SimCaller owner = roomOwner(state, request);
+    const SimCaller owner = identifyRoomOwner(state, request);
     if (!owner.account) {
         return owner.refusal;
     }
@@ -100,7 +87,7 @@ SimReply updateTag(SimPlatformState& state, const SimRequest& request) {
 
 // The platform answers "is this a voice room" with its error code.
 SimReply voiceCheck(const SimPlatformState& state, const SimRequest& request) {
-    const SimCaller anchor = caller(state, request);
+    const SimCaller anchor = identifyCaller(state, request);
     if (!anchor.account) {
         return anchor.refusal;
     }
@@ -112,7 +99,7 @@ SimReply voiceCheck(const SimPlatformState& state, const SimRequest& request) {
 }
 
 SimReply submitGame(SimPlatformState& state, const SimRequest& request) {
-    const SimCaller anchor = caller(state, request);
+    const SimCaller anchor = identifyCaller(state, request);
     if (!anchor.account) {
         return anchor.refusal;
     }
@@ -126,8 +113,7 @@ SimReply submitGame(SimPlatformState& state, const SimRequest& request) {
 void addCategoryRoutes(SimHttpServer& server, SimPlatformState& state) {
     auto add = [&server](int hostKind, const char* path, const char* signingPath,
                          SimHandler handler) {
-        server.routes().add({"POST", SimAddressTable::Host, hostKind, path, signingPath,
-                             SimSignRule::CommonLists, std::move(handler)});
+        addHostRoute(server, "POST", hostKind, path, signingPath, std::move(handler));
     };
     SimPlatformState* s = &state;
     add(0, "/api/videoPartner/getAllCateInfo", "api/videoPartner/getAllCateInfo",

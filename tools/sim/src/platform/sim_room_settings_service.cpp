@@ -22,11 +22,6 @@ int flag(bool value) {
     return value ? 1 : 0;
 }
 
-// These services sign and send their time in the query and their items in the form.
-SimCaller roomOwner(const SimPlatformState& state, const SimRequest& request) {
-    return identifyRoomOwner(state, request.queryValue("time"), request.formValue("token"));
-}
-
 // The corners are public, so anyone may ask for any room's.
 SimReply corners(const SimPlatformState& state, const SimRequest& request) {
     bool isNumber = false;
@@ -44,7 +39,7 @@ SimReply corners(const SimPlatformState& state, const SimRequest& request) {
 // Ids as text, as the settings service writes them; the category is the room's last pick, the
 // same one my_room names.
 SimReply videoSettings(const SimPlatformState& state, const SimRequest& request) {
-    const SimCaller owner = roomOwner(state, request);
+    const SimCaller owner = identifyRoomOwner(state, request);
     if (!owner.account) {
         return owner.refusal;
     }
@@ -102,8 +97,7 @@ SimReply bitratePresets(const SimPlatformState& state, const SimRequest& request
 
 // An account has at most one room; the new one is what my_room and every service see next.
 SimReply createRoom(SimPlatformState& state, const SimRequest& request) {
-    const SimCaller caller =
-        identifyCaller(state, request.queryValue("time"), request.formValue("token"));
+    const SimCaller caller = identifyCaller(state, request);
     if (!caller.account) {
         return caller.refusal;
     }
@@ -124,7 +118,7 @@ SimReply createRoom(SimPlatformState& state, const SimRequest& request) {
 }
 
 SimReply remind(SimPlatformState& state, const SimRequest& request) {
-    const SimCaller owner = roomOwner(state, request);
+    const SimCaller owner = identifyRoomOwner(state, request);
     if (!owner.account) {
         return owner.refusal;
     }
@@ -139,7 +133,7 @@ SimReply remind(SimPlatformState& state, const SimRequest& request) {
 
 // Every figure is written as text.
 SimReply livingStatistics(SimPlatformState& state, const SimRequest& request) {
-    const SimCaller owner = roomOwner(state, request);
+    const SimCaller owner = identifyRoomOwner(state, request);
     if (!owner.account) {
         return owner.refusal;
     }
@@ -160,25 +154,22 @@ SimReply livingStatistics(SimPlatformState& state, const SimRequest& request) {
 }  // namespace
 
 void addRoomSettingsRoutes(SimHttpServer& server, SimPlatformState& state) {
-    auto add = [&server](const char* method, int hostKind, const char* path,
-                         const char* signingPath, SimHandler handler) {
-        const SimSignRule rule =
-            *signingPath != '\0' ? SimSignRule::CommonLists : SimSignRule::None;
-        server.routes().add(
-            {method, SimAddressTable::Host, hostKind, path, signingPath, rule, std::move(handler)});
-    };
     SimPlatformState* s = &state;
-    add("GET", 0, "/api/v1/get_corner", "", [s](const SimRequest& r) { return corners(*s, r); });
-    add("POST", 0, "/api/videoPartner/getVideoSettingInfo", "api/videoPartner/getVideoSettingInfo",
-        [s](const SimRequest& r) { return videoSettings(*s, r); });
-    add("GET", 0, "/api/videoPartner/bitrate_config", "api/videoPartner/bitrate_config",
-        [s](const SimRequest& r) { return bitratePresets(*s, r); });
-    add("POST", 5, "/mgapi/livenc/anchor/createLiveRoom", "mgapi/livenc/anchor/createLiveRoom",
-        [s](const SimRequest& r) { return createRoom(*s, r); });
-    add("POST", 1, "/api/applivecompanion/remind", "applivecompanion/remind",
-        [s](const SimRequest& r) { return remind(*s, r); });
-    add("POST", 0, "/api/videoPartner/livinginfo", "livinginfo",
-        [s](const SimRequest& r) { return livingStatistics(*s, r); });
+    addHostRoute(server, "GET", 0, "/api/v1/get_corner", "",
+                 [s](const SimRequest& r) { return corners(*s, r); });
+    addHostRoute(server, "POST", 0, "/api/videoPartner/getVideoSettingInfo",
+                 "api/videoPartner/getVideoSettingInfo",
+                 [s](const SimRequest& r) { return videoSettings(*s, r); });
+    addHostRoute(server, "GET", 0, "/api/videoPartner/bitrate_config",
+                 "api/videoPartner/bitrate_config",
+                 [s](const SimRequest& r) { return bitratePresets(*s, r); });
+    addHostRoute(server, "POST", 5, "/mgapi/livenc/anchor/createLiveRoom",
+                 "mgapi/livenc/anchor/createLiveRoom",
+                 [s](const SimRequest& r) { return createRoom(*s, r); });
+    addHostRoute(server, "POST", 1, "/api/applivecompanion/remind", "applivecompanion/remind",
+                 [s](const SimRequest& r) { return remind(*s, r); });
+    addHostRoute(server, "POST", 0, "/api/videoPartner/livinginfo", "livinginfo",
+                 [s](const SimRequest& r) { return livingStatistics(*s, r); });
 }
 
 }  // namespace tolvane::sim
