@@ -9,6 +9,23 @@
 
 namespace {
 
+// Both overloads of DataParser::parseReplyData; they differ only in the payload's JSON type.
+template <typename Payload>
+int parseReplyDataAs(DataParser& parser, const char* parserName, const QByteArray& bytes,
+                     const QString& messageKey, QJsonObject& root, Payload& data,
+                     bool (*readPayload)(const QJsonObject&, const QString&, Payload&)) {
+    DataParser::writeParseBanner(parserName);
+    const int code = parser.parseReplyEnvelope(bytes, root, QStringLiteral("error"), messageKey);
+    if (code != 0) {
+        return code;
+    }
+    if (!readPayload(root, QStringLiteral("data"), data)) {
+        parser.setLastErrorMessage(tolvane::kReplyDataErrorText);
+        return 1;
+    }
+    return 0;
+}
+
 void logLine(const QString& message) {
     tolvane::log::writeLine(tolvane::log::kMainLog, message);
 }
@@ -245,6 +262,16 @@ int DataParser::parseIntValue(const QByteArray& bytes, const QString& key, int& 
         out = readInt(data, key, 0);
     }
     return result;
+}
+
+int DataParser::parseReplyData(const char* parserName, const QByteArray& bytes,
+                               const QString& messageKey, QJsonObject& root, QJsonObject& data) {
+    return parseReplyDataAs(*this, parserName, bytes, messageKey, root, data, &readObject);
+}
+
+int DataParser::parseReplyData(const char* parserName, const QByteArray& bytes,
+                               const QString& messageKey, QJsonObject& root, QJsonArray& data) {
+    return parseReplyDataAs(*this, parserName, bytes, messageKey, root, data, &readArray);
 }
 
 int DataParser::parseDataObject(const char* parserName, const QByteArray& bytes, QJsonObject& data,

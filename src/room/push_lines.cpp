@@ -14,23 +14,6 @@ constexpr int kPushLinesRefusedCode = 608;
 // A refusal whose payload points the anchor at a page to read first.
 constexpr int kPushLinesReferredCode = 9;
 
-// Both overloads of DataParser::parseReplyData; they differ only in the payload's JSON type.
-template <typename Payload>
-int parseReplyDataAs(DataParser& parser, const char* parserName, const QByteArray& bytes,
-                     const QString& messageKey, QJsonObject& root, Payload& data,
-                     bool (*readPayload)(const QJsonObject&, const QString&, Payload&)) {
-    DataParser::writeParseBanner(parserName);
-    const int code = parser.parseReplyEnvelope(bytes, root, QStringLiteral("error"), messageKey);
-    if (code != 0) {
-        return code;
-    }
-    if (!readPayload(root, QStringLiteral("data"), data)) {
-        parser.setLastErrorMessage(tolvane::kReplyDataErrorText);
-        return 1;
-    }
-    return 0;
-}
-
 // A "list" entry is an object whose one key is the line id and whose value is the URL.
 bool pushLineFromIdKeyedEntry(const QJsonValue& entry, PushAddress& line) {
     const QJsonObject object = entry.toObject();
@@ -79,16 +62,6 @@ void handOutPushLines(const QJsonArray& entries, bool (*readLine)(const QJsonVal
 }
 
 }  // namespace
-
-int DataParser::parseReplyData(const char* parserName, const QByteArray& bytes,
-                               const QString& messageKey, QJsonObject& root, QJsonObject& data) {
-    return parseReplyDataAs(*this, parserName, bytes, messageKey, root, data, &readObject);
-}
-
-int DataParser::parseReplyData(const char* parserName, const QByteArray& bytes,
-                               const QString& messageKey, QJsonObject& root, QJsonArray& data) {
-    return parseReplyDataAs(*this, parserName, bytes, messageKey, root, data, &readArray);
-}
 
 int DataParser::parseRtmpResult(const QByteArray& bytes, std::string& pushUrl, int32_t& lineId) {
     QJsonObject data;
