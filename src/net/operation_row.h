@@ -71,55 +71,40 @@ struct OperationRow {
     BaseKind baseKind() const { return static_cast<BaseKind>(kind); }
     HostKind hostKind() const { return static_cast<HostKind>(kind); }
 
-    constexpr OperationRow named(const char* operationName) const {
+    // A copy of the row with one field changed; the modifiers below name the fields.
+    template <typename Field, typename Value>
+    constexpr OperationRow with(Field OperationRow::*field, Value value) const {
         OperationRow row = *this;
-        row.name = operationName;
+        row.*field = value;
         return row;
+    }
+    constexpr OperationRow named(const char* operationName) const {
+        return with(&OperationRow::name, operationName);
     }
     constexpr OperationRow commonIn(CommonPlacement placement) const {
-        OperationRow row = *this;
-        row.common = placement;
-        return row;
+        return with(&OperationRow::common, placement);
     }
-    constexpr OperationRow withClientSys() const {
-        OperationRow row = *this;
-        row.clientSys = true;
-        return row;
-    }
+    constexpr OperationRow withClientSys() const { return with(&OperationRow::clientSys, true); }
     constexpr OperationRow withHeaderSignature() const {
-        OperationRow row = *this;
-        row.headerSignature = true;
-        return row;
+        return with(&OperationRow::headerSignature, true);
     }
     constexpr OperationRow timeout(int milliseconds) const {
-        OperationRow row = *this;
-        row.timeoutMs = milliseconds;
-        return row;
+        return with(&OperationRow::timeoutMs, milliseconds);
     }
     constexpr OperationRow messageIn(const char* key) const {
-        OperationRow row = *this;
-        row.messageKey = key;
-        return row;
+        return with(&OperationRow::messageKey, key);
     }
     constexpr OperationRow withExpiryHook() const {
-        OperationRow row = *this;
-        row.sessionExpiryHook = true;
-        return row;
+        return with(&OperationRow::sessionExpiryHook, true);
     }
     constexpr OperationRow logging(FailureLog log) const {
-        OperationRow row = *this;
-        row.failureLog = log;
-        return row;
+        return with(&OperationRow::failureLog, log);
     }
     constexpr OperationRow withFixedBanner(const char* banner) const {
-        OperationRow row = *this;
-        row.fixedBanner = banner;
-        return row;
+        return with(&OperationRow::fixedBanner, banner);
     }
     constexpr OperationRow loggingReplyWithoutAnswer() const {
-        OperationRow row = *this;
-        row.logReplyWithoutAnswer = true;
-        return row;
+        return with(&OperationRow::logReplyWithoutAnswer, true);
     }
 };
 
