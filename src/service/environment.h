@@ -1,9 +1,18 @@
 #pragma once
 
+#include <QString>
+
+#include "tolvane_config/default_data.h"
+
 namespace tolvane {
 
 // Environment index from default.data: the number under "app.domain", 0 (production) for
 // anything else. Out-of-range numbers are kept as they are.
 int readEnvironment();
+
+// The start-up line that tells a redirected install from a normal one, such as
+// "default.data endpoints: origin http://127.0.0.1:40123, base 3 http://..., host 2 http://...";
+// empty when default.data redirects nothing.
+QString describeRedirection(const config::EndpointOverrides& overrides);
 
 }  // namespace tolvane

@@ -25,9 +25,19 @@ bool ensurePrivateDirectory(const QString& trustedRoot, const QStringList& compo
         if (::mkdir(native.constData(), 0700) != 0 && errno != EEXIST) {
             return false;
         }
+        // Opened without following a link, so the checks and the mode change below concern
+        // the folder itself and not what a link planted in its place points to.
+        const int fd = ::open(native.constData(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+        if (fd < 0) {
+            return false;
+        }
         struct stat info {};
-        if (::lstat(native.constData(), &info) != 0 || !S_ISDIR(info.st_mode) ||
-            info.st_uid != ::geteuid()) {
+        const bool ours =
+            ::fstat(fd, &info) == 0 && S_ISDIR(info.st_mode) && info.st_uid == ::geteuid();
+        // A folder that an older version left open to others is closed to them now.
+        const bool closed = ours && ((info.st_mode & 077) == 0 || ::fchmod(fd, 0700) == 0);
+        ::close(fd);
+        if (!closed) {
             return false;
         }
     }

@@ -1,33 +1,56 @@
 #include "service/log_writer.h"
 
-#include <QCoreApplication>
 #include <QDate>
 #include <QDateTime>
 #include <QFile>
 #include <QStandardPaths>
 #include <QTextStream>
 
+#ifdef _WIN32
+#ifndef NOMINMAX
+#define NOMINMAX
+#endif
+#include <windows.h>
+#endif
+
+#include <vector>
+
 #include "service/log_file.h"
+#include "service/log_secret_mask.h"
 
 namespace tolvane::log {
 
 namespace {
 
-QString hostExecutablePath() {
 #ifdef _WIN32
-    return QCoreApplication::applicationFilePath();
-#else
-    return QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
-#endif
+// The path with "\\" separators, which the base-name rule cuts at; Qt's own
+// applicationFilePath() writes "/".
+QString hostExecutablePath() {
+    std::vector<wchar_t> buffer(MAX_PATH);
+    while (buffer.size() <= 32768) {
+        const DWORD length =
+            GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
+        if (length == 0) {
+            return QString();
+        }
+        if (length < buffer.size()) {
+            return QString::fromWCharArray(buffer.data(), static_cast<int>(length));
+        }
+        buffer.resize(buffer.size() * 2);  // truncated: try a longer buffer
+    }
+    return QString();
 }
 
-QChar pathSeparator() {
-#ifdef _WIN32
-    return QLatin1Char('\\');
+constexpr QChar kPathSeparator = QLatin1Char('\\');
+constexpr BaseNameRule kBaseNameRule = BaseNameRule::Windows;
 #else
-    return QLatin1Char('/');
-#endif
+QString hostExecutablePath() {
+    return QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
 }
+
+constexpr QChar kPathSeparator = QLatin1Char('/');
+constexpr BaseNameRule kBaseNameRule = BaseNameRule::Posix;
+#endif
 
 QString tempLocation() {
     return QStandardPaths::writableLocation(QStandardPaths::TempLocation);
@@ -35,9 +58,14 @@ QString tempLocation() {
 
 }  // namespace
 
-QString executableBaseName(const QString& fullPath, QChar separator) {
+QString executableBaseName(const QString& fullPath, QChar separator, BaseNameRule rule) {
     const int slash = fullPath.lastIndexOf(separator);
     const int dot = fullPath.lastIndexOf(QLatin1Char('.'));
+    if (rule == BaseNameRule::Posix) {
+        const QString name = fullPath.mid(slash + 1);
+        const int nameDot = name.lastIndexOf(QLatin1Char('.'));
+        return nameDot > 0 ? name.left(nameDot) : name;
+    }
     if (slash < 0 || dot < 0 || dot < slash) {
         return QString();
     }
@@ -54,7 +82,8 @@ QString logDirectoryFor(const QString& tempDir, const QString& baseName) {
 
 QString logFilePath(const QString& logName) {
     const QString temp = tempLocation();
-    const QString baseName = executableBaseName(hostExecutablePath(), pathSeparator());
+    const QString baseName =
+        executableBaseName(hostExecutablePath(), kPathSeparator, kBaseNameRule);
     const QString dir = logDirectoryFor(temp, baseName);
     if (!ensurePrivateDirectory(temp, {baseName, QStringLiteral("loginLog")})) {
         return QString();  // an unsafe folder: every writer then drops its lines
@@ -97,7 +126,7 @@ void writeLine(const QString& logName, const QString& message) {
     }
     QTextStream stream(&file);
     stream.setCodec("UTF-8");
-    stream << timePrefix() << message << '\n';
+    stream << timePrefix() << maskSecrets(message) << '\n';
 }
 
 QString banner(const QString& qualifiedName) {

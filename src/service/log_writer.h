@@ -10,9 +10,17 @@ inline const QString kMainLog = QStringLiteral("tolvane.log");
 inline const QString kRequestLog = QStringLiteral("php.log");
 inline const QString kMessageLog = QStringLiteral("msg.log");
 
-// Base name of an executable path: the text between the last separator and the last ".",
-// empty when either is missing or the "." stands before the separator.
-QString executableBaseName(const QString& fullPath, QChar separator);
+// How the log folder's name is cut from the host executable's path.
+enum class BaseNameRule {
+    // The text between the last separator and the last ".", empty when either is missing or
+    // the "." stands before the separator: every Windows executable ends in ".exe".
+    Windows,
+    // The same, except that a name without a "." (the usual POSIX executable) is taken whole,
+    // so that hosts do not all share one folder.
+    Posix,
+};
+
+QString executableBaseName(const QString& fullPath, QChar separator, BaseNameRule rule);
 
 // Log folder for a temporary location and a base name; pure, creates nothing.
 QString logDirectoryFor(const QString& tempLocation, const QString& baseName);

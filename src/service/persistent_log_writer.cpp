@@ -1,6 +1,7 @@
 #include "service/persistent_log_writer.h"
 
 #include "service/log_file.h"
+#include "service/log_secret_mask.h"
 #include "service/log_writer.h"
 
 namespace tolvane::log {
@@ -21,7 +22,7 @@ bool PersistentLogWriter::open(const QString& path) {
 }
 
 void PersistentLogWriter::write(const QString& message) {
-    const QByteArray utf8 = message.toUtf8();
+    const QByteArray utf8 = maskSecrets(message).toUtf8();
     writeUtf8(std::string_view(utf8.constData(), static_cast<std::size_t>(utf8.size())));
 }
 
@@ -31,8 +32,9 @@ void PersistentLogWriter::writeUtf8(std::string_view message) {
         return;
     }
     appendLine(message);
-    // Lines reach the file on every sixth write and on close: a flush per line would cost a
-    // system call for every barrage message.
+    if (policy_ == FlushPolicy::EveryLine) {
+        file_.flush();
+    }
     if (++linesSinceFlush_ > flushThreshold_) {
         file_.flush();
         linesSinceFlush_ = 0;

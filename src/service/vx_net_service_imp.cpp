@@ -27,6 +27,10 @@ VxNetServiceImp::VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* brea
     longToken_.clear();
     environment_ = tolvane::readEnvironment();
     endpoints_ = VxEndpoints::fromDefaultData();
+    const QString redirection = tolvane::describeRedirection(endpoints_.overrides());
+    if (!redirection.isEmpty()) {
+        writeLine(kMainLog, redirection);
+    }
     qtClient_ = new EasyNetManager();
     request_ = new VxNetRequest(environment_, breadcrumbSink_, this);
     request_->setDeviceHeader(tolvane::net::userDeviceValue(deviceId_, clientVersion_));

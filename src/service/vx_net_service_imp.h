@@ -285,7 +285,8 @@ private:
     VxRoomClient* roomClient_ = nullptr;
     DataParser parser_;
     QTimer* timer_ = nullptr;
-    tolvane::log::PersistentLogWriter requestLog_;
+    // php.log is followed live by its readers: each line reaches the file at once.
+    tolvane::log::PersistentLogWriter requestLog_{tolvane::log::FlushPolicy::EveryLine};
     VxNetRequest* request_ = nullptr;
     int32_t roomFlag_ = 0;
     int32_t liveFlag_ = 1;

@@ -1,8 +1,12 @@
 #include <gtest/gtest.h>
 
+#include <QRegularExpression>
+
 #include "service/environment.h"
+#include "service/log_writer.h"
 #include "service/os_name.h"
 #include "service/vx_net_service_imp.h"
+#include "support/log_reader.h"
 #include "support/scoped_env.h"
 
 namespace {
@@ -42,6 +46,31 @@ TEST(Environment, ServiceReadsAtConstructionAndOnReload) {
     EXPECT_EQ(service.environment(), 2);
     service.reloadEnvironment();
     EXPECT_EQ(service.environment(), 3);
+}
+
+TEST(Environment, RedirectedInstallSaysSoOnceAtStartUp) {
+    const struct {
+        const char* content;
+        const char* line;  // "": no such line
+    } cases[] = {
+        {R"({"app.domain": 1})", ""},
+        {R"({"endpoints": {"origin": "http://127.0.0.1:40123"}})",
+         "default.data endpoints: origin http://127.0.0.1:40123"},
+        {R"({"endpoints": {"base": {"3": "http://127.0.0.1:9/b/"}, "host": {"2": "http://h:7"}}})",
+         "default.data endpoints: base 3 http://127.0.0.1:9/b/, host 2 http://h:7"},
+    };
+    for (const auto& c : cases) {
+        IsolatedWorkspace workspace;
+        workspace.writeDefaultData(c.content);
+        {
+            VxNetServiceImp service(nullptr, nullptr);
+            service.reloadEnvironment();
+            service.stop();
+        }
+        const QStringList said = readLogMessages(tolvane::log::kMainLog)
+                                     .filter(QRegularExpression("^default.data endpoints"));
+        EXPECT_EQ(said, *c.line ? QStringList{c.line} : QStringList()) << c.content;
+    }
 }
 
 TEST(OsName, WindowsVersionTable) {

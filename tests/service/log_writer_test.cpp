@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QCoreApplication>
 #include <QDate>
 #include <QDir>
 #include <QFile>
@@ -21,22 +22,37 @@ namespace {
 
 using namespace tolvane::log;
 
+// The folder named after this test program under the workspace.
+QString nameFolder(const IsolatedWorkspace& workspace) {
+    return workspace.path() + "/" + QFileInfo(QCoreApplication::applicationFilePath()).fileName();
+}
+
 TEST(LogPaths, ExecutableBaseName) {
     struct Case {
         const char* path;
         char separator;
+        BaseNameRule rule;
         const char* expected;
     };
+    const BaseNameRule windows = BaseNameRule::Windows;
+    const BaseNameRule posix = BaseNameRule::Posix;
     const Case cases[] = {
-        {"C:\\Program Files\\Studio\\Studio.exe", '\\', "Studio"},
-        {"C:\\apps\\my.tool.exe", '\\', "my.tool"},
-        {"C:\\apps\\tool", '\\', ""},    // no "."
-        {"C:\\apps.d\\tool", '\\', ""},  // "." before the separator
-        {"Studio.exe", '\\', ""},        // no separator
-        {"/opt/studio/Studio.bin", '/', "Studio"},
+        {"C:\\Program Files\\Studio\\Studio.exe", '\\', windows, "Studio"},
+        {"C:\\apps\\my.tool.exe", '\\', windows, "my.tool"},
+        {"C:\\apps\\tool", '\\', windows, ""},      // no "."
+        {"C:\\apps.d\\tool", '\\', windows, ""},    // "." before the separator
+        {"Studio.exe", '\\', windows, ""},          // no separator
+        {"C:/apps/Studio.exe", '\\', windows, ""},  // Qt's "/" form is not cut
+        {"/opt/studio/Studio.bin", '/', posix, "Studio"},
+        {"/usr/bin/tolvane-host", '/', posix, "tolvane-host"},
+        {"/opt/apps.d/tool", '/', posix, "tool"},
+        {"/opt/apps/.hidden", '/', posix, ".hidden"},
+        {"tool", '/', posix, "tool"},
+        {"", '/', posix, ""},
     };
     for (const Case& c : cases) {
-        EXPECT_EQ(executableBaseName(c.path, QLatin1Char(c.separator)).toStdString(), c.expected)
+        EXPECT_EQ(executableBaseName(c.path, QLatin1Char(c.separator), c.rule).toStdString(),
+                  c.expected)
             << c.path;
     }
 }
@@ -53,10 +69,10 @@ TEST(LogPaths, FileNameCarriesTheDayAndTheDoubledSeparator) {
     IsolatedWorkspace workspace;
     const QString path = logFilePath(kMainLog);
     const QString day = QDate::currentDate().toString("yyyyMMdd_");
-    // The test program's name has no ".", so its base name is empty.
+    // The test program's name has no ".", so it is taken whole.
     EXPECT_EQ(path.toStdString(),
-              (workspace.path() + "//loginLog//" + day + "tolvane.log").toStdString());
-    EXPECT_TRUE(QFileInfo(workspace.path() + "/loginLog").isDir());
+              (nameFolder(workspace) + "/loginLog//" + day + "tolvane.log").toStdString());
+    EXPECT_TRUE(QFileInfo(nameFolder(workspace) + "/loginLog").isDir());
 }
 
 TEST(LogWriter, LineFormat) {
@@ -75,26 +91,66 @@ TEST(LogWriter, LineFormat) {
 }
 
 #ifndef _WIN32
-TEST(LogWriter, FoldersAndFilesAreOwnerOnly) {
-    IsolatedWorkspace workspace;
-    writeLine(kMainLog, "x");
+mode_t modeOf(const QString& path) {
     struct stat info {};
-    ASSERT_EQ(::stat((workspace.path() + "/loginLog").toLocal8Bit().constData(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0700u);
-    ASSERT_EQ(::stat(logFilePath(kMainLog).toLocal8Bit().constData(), &info), 0);
-    EXPECT_EQ(info.st_mode & 0777, 0600u);
+    return ::lstat(path.toLocal8Bit().constData(), &info) == 0 ? info.st_mode & 0777 : 0;
+}
+
+TEST(LogWriter, FoldersAndFilesAreOwnerOnly) {
+    // A folder left open by an older version is closed as well.
+    for (const mode_t before : {0u, 0755u, 0777u}) {
+        IsolatedWorkspace workspace;
+        if (before != 0) {
+            ASSERT_EQ(::mkdir(nameFolder(workspace).toLocal8Bit().constData(), before), 0);
+            ::chmod(nameFolder(workspace).toLocal8Bit().constData(), before);
+        }
+        writeLine(kMainLog, "x");
+        EXPECT_EQ(modeOf(nameFolder(workspace)), 0700u) << before;
+        EXPECT_EQ(modeOf(nameFolder(workspace) + "/loginLog"), 0700u) << before;
+        EXPECT_EQ(modeOf(logFilePath(kMainLog)), 0600u) << before;
+    }
 }
 
 TEST(LogWriter, PlantedSymbolicLinkIsNotFollowed) {
-    IsolatedWorkspace workspace;
-    QDir(workspace.path()).mkdir("elsewhere");
-    ASSERT_TRUE(QFile::link(workspace.path() + "/elsewhere", workspace.path() + "/loginLog"));
-    writeLine(kMainLog, "must not land in the link's target");
-    EXPECT_TRUE(QDir(workspace.path() + "/elsewhere").entryList(QDir::Files).isEmpty());
+    const QString day = QDate::currentDate().toString("yyyyMMdd_");
+    // Where the link stands, below the workspace, and what it is for: a folder or a file.
+    const struct {
+        QString linkAt;
+        bool toFile;
+    } cases[] = {
+        {"", false},
+        {"/loginLog", false},
+        {"/loginLog/" + day + "tolvane.log", true},
+        {"/loginLog/" + day + "php.log", true},
+    };
+    for (const auto& c : cases) {
+        IsolatedWorkspace workspace;
+        const QString elsewhere = workspace.path() + "/elsewhere";
+        QDir(workspace.path()).mkdir("elsewhere");
+        const QString target = c.toFile ? elsewhere + "/victim" : elsewhere;
+        if (c.toFile) {
+            QFile victim(target);
+            ASSERT_TRUE(victim.open(QIODevice::WriteOnly));
+        }
+        const QString link = nameFolder(workspace) + c.linkAt;
+        QDir().mkpath(QFileInfo(link).path());
+        ASSERT_TRUE(QFile::link(target, link)) << link.toStdString();
 
-    PersistentLogWriter writer;
-    EXPECT_FALSE(writer.open(logFilePath(kRequestLog)));
-    EXPECT_TRUE(QDir(workspace.path() + "/elsewhere").entryList(QDir::Files).isEmpty());
+        writeLine(kMainLog, "must not land in the link's target");
+        PersistentLogWriter writer;
+        // Only a link in place of the other log's file leaves php.log itself writable.
+        EXPECT_EQ(writer.open(logFilePath(kRequestLog)), c.linkAt.endsWith("tolvane.log"))
+            << c.linkAt.toStdString();
+        writer.write("nor this");
+        writer.close();
+
+        const QStringList landed = QDir(elsewhere).entryList(QDir::Files);
+        if (c.toFile) {
+            EXPECT_EQ(QFileInfo(target).size(), 0) << c.linkAt.toStdString();
+        } else {
+            EXPECT_TRUE(landed.isEmpty()) << c.linkAt.toStdString();
+        }
+    }
 }
 #endif
 
@@ -110,19 +166,26 @@ TEST(PersistentLogWriter, OpenAppendsTwoEmptyLinesAfterOldContent) {
               QStringList({"from an earlier session", "", "", "get url: /api/v1/timestamp"}));
 }
 
-TEST(PersistentLogWriter, LinesReachTheFileOnEverySixthWriteAndOnClose) {
-    IsolatedWorkspace workspace;
-    PersistentLogWriter writer;
-    ASSERT_TRUE(writer.open(logFilePath(kMessageLog)));
-    const int expectedOnDisk[] = {2, 2, 2, 2, 2, 8, 8, 8, 8, 8, 8, 14};  // after writes 1..12
-    for (int i = 0; i < 12; ++i) {
-        writer.write(QStringLiteral("line %1").arg(i));
-        EXPECT_EQ(readLogMessages(kMessageLog).size(), expectedOnDisk[i])
-            << "after write " << i + 1;
+TEST(PersistentLogWriter, FlushPolicyDecidesWhenLinesReachTheFile) {
+    const struct {
+        FlushPolicy policy;
+        std::vector<int> onDisk;  // lines in the file after writes 1..12, the two opening lines
+    } cases[] = {
+        {FlushPolicy::EverySixthLine, {2, 2, 2, 2, 2, 8, 8, 8, 8, 8, 8, 14}},
+        {FlushPolicy::EveryLine, {3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14}},
+    };
+    for (const auto& c : cases) {
+        IsolatedWorkspace workspace;
+        PersistentLogWriter writer(c.policy);
+        ASSERT_TRUE(writer.open(logFilePath(kMessageLog)));
+        for (int i = 0; i < 12; ++i) {
+            writer.write(QStringLiteral("line %1").arg(i));
+            EXPECT_EQ(readLogMessages(kMessageLog).size(), c.onDisk[i]) << "after write " << i + 1;
+        }
+        writer.write(QStringLiteral("last"));
+        writer.close();
+        EXPECT_EQ(readLogMessages(kMessageLog).size(), 15);
     }
-    writer.write(QStringLiteral("last"));
-    writer.close();
-    EXPECT_EQ(readLogMessages(kMessageLog).size(), 15);
 }
 
 TEST(PersistentLogWriter, ClosedWriterDropsLines) {
