@@ -39,17 +39,19 @@ bool setRandomSerial(X509* cert) {
 
 struct CertRequest {
     const char* commonName;
-    bool authority;        // may sign other certificates
-    const char* altNames;  // subjectAltName value, or null
-    X509* issuer;          // null: self-signed
-    EVP_PKEY* issuerKey;   // null: self-signed
+    bool authority;          // may sign other certificates
+    const char* altNames;    // subjectAltName value, or null
+    X509* issuer;            // null: self-signed
+    EVP_PKEY* issuerKey;     // null: self-signed
+    long notBefore = -3600;  // seconds from now
+    long notAfter = kValiditySeconds;
 };
 
 CertPtr makeCertificate(EVP_PKEY* key, const CertRequest& request) {
     CertPtr cert(X509_new(), X509_free);
     if (!cert || X509_set_version(cert.get(), 2) != 1 || !setRandomSerial(cert.get()) ||
-        X509_gmtime_adj(X509_getm_notBefore(cert.get()), -3600) == nullptr ||
-        X509_gmtime_adj(X509_getm_notAfter(cert.get()), kValiditySeconds) == nullptr ||
+        X509_gmtime_adj(X509_getm_notBefore(cert.get()), request.notBefore) == nullptr ||
+        X509_gmtime_adj(X509_getm_notAfter(cert.get()), request.notAfter) == nullptr ||
         X509_set_pubkey(cert.get(), key) != 1) {
         return CertPtr(nullptr, X509_free);
     }
@@ -102,6 +104,8 @@ bool writeKey(const std::string& path, EVP_PKEY* key) {
 }
 
 const char kServerNames[] = "IP:127.0.0.1,DNS:localhost";
+const char kOtherHostNames[] = "DNS:elsewhere.tolvane.example";
+constexpr long kDay = 24L * 3600;
 
 }  // namespace
 
@@ -130,11 +134,17 @@ SimTlsIdentity SimCertificateAuthority::selfSignedIdentity() const {
     return {filePath("self-signed.pem"), filePath("self-signed-key.pem")};
 }
 
+SimTlsIdentity SimCertificateAuthority::expiredIdentity() const {
+    return {filePath("expired.pem"), filePath("expired-key.pem")};
+}
+
+SimTlsIdentity SimCertificateAuthority::wrongHostIdentity() const {
+    return {filePath("wrong-host.pem"), filePath("wrong-host-key.pem")};
+}
+
 bool SimCertificateAuthority::generate() {
     KeyPtr caKey = makeKey();
-    KeyPtr serverKey = makeKey();
-    KeyPtr selfKey = makeKey();
-    if (!caKey || !serverKey || !selfKey) {
+    if (!caKey) {
         return false;
     }
     CertPtr ca = makeCertificate(caKey.get(),
@@ -142,20 +152,34 @@ bool SimCertificateAuthority::generate() {
     if (!ca) {
         return false;
     }
-    CertPtr server =
-        makeCertificate(serverKey.get(), {"127.0.0.1", false, kServerNames, ca.get(), caKey.get()});
-    CertPtr selfSigned =
-        makeCertificate(selfKey.get(), {"127.0.0.1", false, kServerNames, nullptr, nullptr});
-    if (!server || !selfSigned) {
+    CertRequest expired{"127.0.0.1", false, kServerNames, ca.get(), caKey.get()};
+    expired.notBefore = -2 * kDay;
+    expired.notAfter = -kDay;
+    const struct {
+        SimTlsIdentity identity;
+        CertRequest request;
+    } servers[] = {
+        {trustedIdentity(), {"127.0.0.1", false, kServerNames, ca.get(), caKey.get()}},
+        {selfSignedIdentity(), {"127.0.0.1", false, kServerNames, nullptr, nullptr}},
+        {expiredIdentity(), expired},
+        {wrongHostIdentity(),
+         {"elsewhere.tolvane.example", false, kOtherHostNames, ca.get(), caKey.get()}},
+    };
+    if (!writeCertificate(caFile(), ca.get())) {
         return false;
     }
-    const SimTlsIdentity trusted = trustedIdentity();
-    const SimTlsIdentity untrusted = selfSignedIdentity();
-    return writeCertificate(caFile(), ca.get()) &&
-           writeCertificate(trusted.certFile, server.get()) &&
-           writeKey(trusted.keyFile, serverKey.get()) &&
-           writeCertificate(untrusted.certFile, selfSigned.get()) &&
-           writeKey(untrusted.keyFile, selfKey.get());
+    for (const auto& server : servers) {
+        KeyPtr key = makeKey();
+        if (!key) {
+            return false;
+        }
+        CertPtr cert = makeCertificate(key.get(), server.request);
+        if (!cert || !writeCertificate(server.identity.certFile, cert.get()) ||
+            !writeKey(server.identity.keyFile, key.get())) {
+            return false;
+        }
+    }
+    return true;
 }
 
 }  // namespace tolvane::sim

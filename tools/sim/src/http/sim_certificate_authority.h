@@ -12,9 +12,10 @@ struct SimTlsIdentity {
 };
 
 // A throw-away certificate authority made at run time, so HTTPS tests need no files in the
-// tree: a CA, a server certificate it signed for 127.0.0.1 and localhost, and a self-signed
-// server certificate that no client trusts. Files live in a temporary folder removed with
-// the object.
+// tree: a CA, a server certificate it signed for 127.0.0.1 and localhost, and the three
+// certificates a client must refuse: a self-signed one that no client trusts, one the CA
+// signed that expired yesterday, and one the CA signed for another host name. Files live in a
+// temporary folder removed with the object.
 class SimCertificateAuthority {
 public:
     SimCertificateAuthority();
@@ -27,6 +28,8 @@ public:
     std::string caFile() const;
     SimTlsIdentity trustedIdentity() const;
     SimTlsIdentity selfSignedIdentity() const;
+    SimTlsIdentity expiredIdentity() const;
+    SimTlsIdentity wrongHostIdentity() const;
 
 private:
     bool generate();
