@@ -1,10 +1,6 @@
 #include <gtest/gtest.h>
 
 #include "service/log_secret_mask.h"
-#include "service/log_writer.h"
-#include "service/persistent_log_writer.h"
-#include "support/log_reader.h"
-#include "support/scoped_env.h"
 
 namespace {
 
@@ -65,19 +61,6 @@ TEST(SecretMask, LinesKeepTheirTextAroundMaskedValues) {
     for (const auto& c : cases) {
         EXPECT_EQ(maskSecrets(QString::fromUtf8(c.line)).toStdString(), c.expected) << c.line;
     }
-}
-
-TEST(SecretMask, BothWritersMaskWhatTheyWrite) {
-    IsolatedWorkspace workspace;
-    tolvane::log::writeLine(tolvane::log::kMainLog, "post:token=1000_1_st9_2_1");
-    {
-        tolvane::log::PersistentLogWriter writer;
-        ASSERT_TRUE(writer.open(tolvane::log::logFilePath(tolvane::log::kRequestLog)));
-        writer.write("get url: /a?token=1000_1_st9_2_1");
-    }
-    EXPECT_EQ(readLogMessages(tolvane::log::kMainLog), QStringList({"post:token=<masked:14.._1>"}));
-    EXPECT_EQ(readLogMessages(tolvane::log::kRequestLog).last(),
-              "get url: /a?token=<masked:14.._1>");
 }
 
 }  // namespace

@@ -83,6 +83,7 @@ TEST_F(PlantedSecrets, NoneReachesALogFile) {
     ASSERT_EQ(service().get_all_rtmp_addresses(main, mainCount, h265, h265Count), 0);
     service().freeArray(main);
     service().freeArray(h265);
+    main = h265 = nullptr;
     ASSERT_EQ(service().open_live_room(pushLine), 0);
     service().sendRawMessage(("type=chatmsg;txt=hi;token=" + token + ";").c_str());
 
