@@ -29,5 +29,5 @@ echo "bootstrap: apt-get update"
 "${sudo_cmd[@]}" apt-get update -qq
 # apt prints a line as it fetches, unpacks and sets up each package (with dependencies).
 "${sudo_cmd[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}" |
-    grep --line-buffered -E '^(Get:|Unpacking|Setting up|Need to get|[0-9]+ upgraded)' || true
+    { grep --line-buffered -E '^(Get:|Unpacking|Setting up|Need to get|[0-9]+ upgraded)' || true; }
 echo "bootstrap: done"
