@@ -19,8 +19,25 @@ echo "package: installing into $prefix"
 cmake --install "$build" --prefix "$prefix" >/dev/null
 library=$(find "$prefix" -name 'libtolvane.so.*.*.*' | head -n 1)
 cmake -DLIBRARY="$library" -P tests/check_exports.cmake
-echo "package: pkg-config tolvane $(PKG_CONFIG_PATH=$(dirname "$library")/pkgconfig \
-    pkg-config --modversion tolvane)"
+
+# Every installed header compiles on its own, from the prefix alone.
+for header in "$prefix"/include/tolvane/*.h; do
+    # shellcheck disable=SC2046
+    echo "#include <tolvane/$(basename "$header")>" |
+        c++ -std=c++17 -fPIC -fsyntax-only -Wall -Wextra -Werror -x c++ - -I"$prefix/include" \
+            $(pkg-config --cflags Qt5Core) ||
+        { echo "package: $header does not compile on its own"; exit 1; }
+done
+echo "package: $(ls "$prefix"/include/tolvane/*.h | wc -l) public headers compile on their own"
+
+# A host built from tolvane.pc alone links the module by its SONAME.
+export PKG_CONFIG_PATH=$(dirname "$library")/pkgconfig
+echo "package: linking the example with pkg-config tolvane $(pkg-config --modversion tolvane)"
+# shellcheck disable=SC2046 # the flags are meant to split
+c++ -std=c++17 -fPIC examples/minimal-host/main.cpp $(pkg-config --cflags --libs tolvane) \
+    -o "$work/minimal-host-pc"
+readelf -d "$work/minimal-host-pc" | grep -q 'NEEDED.*\[libtolvane\.so\.0\]' ||
+    { echo "package: the pkg-config build does not need libtolvane.so.0"; exit 1; }
 
 echo "package: building examples/minimal-host against it"
 cmake -S examples/minimal-host -B "$work/example" -G Ninja -DCMAKE_PREFIX_PATH="$prefix" \
