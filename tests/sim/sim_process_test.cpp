@@ -46,7 +46,8 @@ TEST(SimProcess, ServesThePlatformAndItsBarrageToAModule) {
                QStringLiteral("--barrage-rate"), QStringLiteral("20")});
     ASSERT_TRUE(sim.waitForStarted());
     const auto banner = readBanner(sim);
-    ASSERT_EQ(banner.count(QStringLiteral("default.data")), 1u) << sim.readAllStandardError().toStdString();
+    ASSERT_EQ(banner.count(QStringLiteral("default.data")), 1u)
+        << sim.readAllStandardError().toStdString();
     EXPECT_EQ(banner.count(QStringLiteral("barrage")), 1u);
 
     // The file it names points at the origin it printed.
