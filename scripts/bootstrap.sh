@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
-# Installs every Debian package the project builds, tests and runs with. Idempotent and
-# quiet when everything is already there.
+# Installs every Debian package the project builds, tests and runs with. Idempotent: a second
+# run only checks and says so.
 set -euo pipefail
 
 packages=(
     build-essential cmake ninja-build pkg-config ccache clang clang-format libclang-rt-14-dev
     qtbase5-dev libcurl4-openssl-dev libcpp-httplib-dev libasio-dev libssl-dev
     googletest libgtest-dev libgmock-dev libbenchmark-dev tinyproxy openssl
+    g++-mingw-w64-x86-64-posix
 )
 
 missing=()
@@ -15,11 +16,18 @@ for package in "${packages[@]}"; do
         missing+=("$package")
     fi
 done
-[ ${#missing[@]} -eq 0 ] && exit 0
+if [ ${#missing[@]} -eq 0 ]; then
+    echo "bootstrap: all ${#packages[@]} packages present"
+    exit 0
+fi
 
-echo "bootstrap: installing ${missing[*]}"
+echo "bootstrap: installing ${#missing[@]} of ${#packages[@]} packages: ${missing[*]}"
 sudo_cmd=()
 [ "$(id -u)" -ne 0 ] && sudo_cmd=(sudo)
 export DEBIAN_FRONTEND=noninteractive
+echo "bootstrap: apt-get update"
 "${sudo_cmd[@]}" apt-get update -qq
-"${sudo_cmd[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+# apt prints a line as it fetches, unpacks and sets up each package (with dependencies).
+"${sudo_cmd[@]}" apt-get install -y -q --no-install-recommends "${missing[@]}" |
+    { grep --line-buffered -E '^(Get:|Unpacking|Setting up|Need to get|[0-9]+ upgraded)' || true; }
+echo "bootstrap: done"

@@ -4,6 +4,6 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
-cmake --preset default >/dev/null
-cmake --build --preset default -j "$(nproc)" >/dev/null
+bash scripts/build.sh default
+echo "== demo"
 exec ./build/default/bin/tolvane-host demo "$@"

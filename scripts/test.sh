@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Bootstraps, builds and runs the whole test suite: the plain build, then under
-# ASan+UBSan and under TSan. Pass preset names to run only those.
+# Bootstraps, builds and runs the whole test suite: the plain build with the installed
+# package and the Windows compile check, then under ASan+UBSan and under TSan. Pass preset
+# names to run only those.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
@@ -9,9 +10,13 @@ presets=("$@")
 [ ${#presets[@]} -eq 0 ] && presets=(default asan tsan)
 
 for preset in "${presets[@]}"; do
-    echo "== ${preset}: configure and build"
-    cmake --preset "$preset" >/dev/null
-    cmake --build --preset "$preset" -j "$(nproc)"
+    bash scripts/build.sh "$preset"
     echo "== ${preset}: test"
     ctest --preset "$preset"
+    if [ "$preset" = default ]; then
+        echo "== installed package and examples/minimal-host"
+        bash scripts/check_package.sh build/default
+        echo "== Windows compile check"
+        bash scripts/check_windows.sh
+    fi
 done

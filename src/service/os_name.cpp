@@ -3,8 +3,10 @@
 #include <QSysInfo>
 
 #ifdef _WIN32
-#include <lm.h>
+// <lm.h> uses the base types <windows.h> declares, so the order matters.
 #include <windows.h>
+
+#include <lm.h>
 #endif
 
 namespace tolvane {

@@ -1,7 +1,10 @@
-// tolvane-sim: the platform simulator as a process of its own, for trying the host or a
-// browser against it. Prints its origin and serves until SIGINT or SIGTERM.
+// tolvane-sim: the whole simulated platform as a process of its own (web services and barrage
+// servers), for trying a host or a browser against it. Prints where it serves and the
+// default.data that points a module at it, then serves until SIGINT or SIGTERM.
 #include <pthread.h>
 
+#include <QDir>
+#include <QTemporaryDir>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -9,13 +12,15 @@
 #include <memory>
 #include <string>
 
-#include "http/sim_certificate_authority.h"
-#include "http/sim_http_server.h"
+#include "barrage/barrage_server.h"
+#include "platform/sim_platform.h"
 
 namespace {
 
 void printUsage() {
-    std::fprintf(stderr, "usage: tolvane-sim [--port N] [--https] [--env N]\n");
+    std::fprintf(stderr,
+                 "usage: tolvane-sim [--port N] [--https] [--env N] [--data-dir DIR]\n"
+                 "                   [--barrage-servers N] [--barrage-rate N]\n");
 }
 
 bool parseNumber(const char* text, int& out) {
@@ -28,24 +33,47 @@ bool parseNumber(const char* text, int& out) {
     return true;
 }
 
+struct Arguments {
+    tolvane::sim::SimEnvironment::Options options;
+    QString dataDir;
+    int barrageServers = 1;
+    // A few messages a second, so that a host sees its barrage move without flooding a log.
+    int barrageRate = 5;
+};
+
+bool parseArguments(int argc, char** argv, Arguments& out) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string arg = argv[i];
+        const bool hasValue = i + 1 < argc;
+        if (arg == "--https") {
+            out.options.https = true;
+        } else if (arg == "--port" && hasValue && parseNumber(argv[i + 1], out.options.port)) {
+            ++i;
+        } else if (arg == "--env" && hasValue &&
+                   parseNumber(argv[i + 1], out.options.environment)) {
+            ++i;
+        } else if (arg == "--data-dir" && hasValue) {
+            out.dataDir = QString::fromLocal8Bit(argv[++i]);
+        } else if (arg == "--barrage-servers" && hasValue &&
+                   parseNumber(argv[i + 1], out.barrageServers)) {
+            ++i;
+        } else if (arg == "--barrage-rate" && hasValue &&
+                   parseNumber(argv[i + 1], out.barrageRate)) {
+            ++i;
+        } else {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
-    int port = 0;
-    int environment = 0;
-    bool https = false;
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (arg == "--https") {
-            https = true;
-        } else if (arg == "--port" && i + 1 < argc && parseNumber(argv[i + 1], port)) {
-            ++i;
-        } else if (arg == "--env" && i + 1 < argc && parseNumber(argv[i + 1], environment)) {
-            ++i;
-        } else {
-            printUsage();
-            return 2;
-        }
+    Arguments args;
+    if (!parseArguments(argc, argv, args)) {
+        printUsage();
+        return 2;
     }
 
     // Blocked before any thread starts, so only sigwait below ever sees these stopSignals.
@@ -55,27 +83,40 @@ int main(int argc, char** argv) {
     sigaddset(&stopSignals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
 
-    tolvane::sim::SimHttpServer server(environment);
-    std::unique_ptr<tolvane::sim::SimCertificateAuthority> authority;
-    bool started = false;
-    if (https) {
-        authority = std::make_unique<tolvane::sim::SimCertificateAuthority>();
-        started = authority->isValid() && server.startHttps(authority->trustedIdentity(), port);
-    } else {
-        started = server.start(port);
-    }
-    if (!started) {
-        std::fprintf(stderr, "tolvane-sim: cannot listen on 127.0.0.1:%d\n", port);
+    // Without --data-dir the default.data lives as long as the simulator does.
+    QTemporaryDir scratch;
+    const QString folder = args.dataDir.isEmpty() ? scratch.path() : args.dataDir;
+    if (!QDir().mkpath(folder)) {
+        std::fprintf(stderr, "tolvane-sim: cannot create %s\n", qPrintable(folder));
         return 1;
     }
-    std::printf("%s\n", server.origin().c_str());
-    if (authority) {
-        std::printf("ca: %s\n", authority->caFile().c_str());
+    tolvane::sim::SimPlatform platform(folder, args.options);
+    if (!platform.start()) {
+        std::fprintf(stderr, "tolvane-sim: cannot listen on 127.0.0.1:%d or write %s\n",
+                     args.options.port, qPrintable(platform.environment().defaultDataPath()));
+        return 1;
     }
+    if (!platform.startBarrageServers(args.barrageServers)) {
+        std::fprintf(stderr, "tolvane-sim: cannot start the barrage servers\n");
+        return 1;
+    }
+    for (int i = 0; i < platform.barrageServerCount(); ++i) {
+        platform.barrageServer(i).setGeneratorRate(args.barrageRate);
+    }
+
+    std::printf("%s\n", platform.environment().origin().c_str());
+    if (args.options.https) {
+        std::printf("ca: %s\n", platform.environment().caFile().c_str());
+    }
+    for (int i = 0; i < platform.barrageServerCount(); ++i) {
+        std::printf("barrage: %s:%d\n", ::sim::BarrageServer::host(),
+                    static_cast<int>(platform.barrageServer(i).port()));
+    }
+    std::printf("default.data: %s\n", qPrintable(platform.environment().defaultDataPath()));
     std::fflush(stdout);
 
     int received = 0;
     sigwait(&stopSignals, &received);
-    server.stop();
+    platform.stop();
     return 0;
 }

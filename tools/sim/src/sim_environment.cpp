@@ -36,9 +36,10 @@ bool SimEnvironment::start() {
         if (!authority_) {
             authority_ = std::make_unique<SimCertificateAuthority>();
         }
-        started = authority_->isValid() && server_.startHttps(authority_->trustedIdentity());
+        started = authority_->isValid() &&
+                  server_.startHttps(authority_->trustedIdentity(), options_.port);
     } else {
-        started = server_.start();
+        started = server_.start(options_.port);
     }
     if (!started || !writeDefaultData()) {
         server_.stop();

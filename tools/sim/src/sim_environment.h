@@ -18,6 +18,7 @@ public:
     struct Options {
         int environment = 0;  // "app.domain"; also the server's signing mode
         bool https = false;   // serve HTTPS with a certificate of a fresh test CA
+        int port = 0;         // 0 lets the system pick a free port
     };
 
     // default.data is written into `folder`.

@@ -1,0 +1,92 @@
+// tolvane-sim as a process of its own: what a host developer runs beside their host.
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <map>
+
+#include "service/vx_net_service_imp.h"
+#include "support/recording_observer.h"
+#include "support/scoped_env.h"
+#include "support/wait.h"
+
+namespace {
+
+// The lines "key: value" the simulator prints before it serves; the origin line has no key.
+std::map<QString, QString> readBanner(QProcess& sim) {
+    std::map<QString, QString> banner;
+    waitUntil(
+        [&] {
+            while (sim.canReadLine()) {
+                const QString line = QString::fromLocal8Bit(sim.readLine()).trimmed();
+                const int colon = line.indexOf(QStringLiteral(": "));
+                if (colon < 0) {
+                    banner[QStringLiteral("origin")] = line;
+                } else {
+                    banner[line.left(colon)] = line.mid(colon + 2);
+                }
+            }
+            return banner.count(QStringLiteral("default.data")) == 1 ||
+                   sim.state() == QProcess::NotRunning;
+        },
+        10000);
+    return banner;
+}
+
+}  // namespace
+
+TEST(SimProcess, ServesThePlatformAndItsBarrageToAModule) {
+    IsolatedWorkspace workspace;
+    QProcess sim;
+    sim.start(QStringLiteral(TOLVANE_SIM_PATH),
+              {QStringLiteral("--data-dir"), workspace.path() + QStringLiteral("/sim"),
+               QStringLiteral("--barrage-rate"), QStringLiteral("20")});
+    ASSERT_TRUE(sim.waitForStarted());
+    const auto banner = readBanner(sim);
+    ASSERT_EQ(banner.count(QStringLiteral("default.data")), 1u)
+        << sim.readAllStandardError().toStdString();
+    EXPECT_EQ(banner.count(QStringLiteral("barrage")), 1u);
+
+    // The file it names points at the origin it printed.
+    QFile data(banner.at(QStringLiteral("default.data")));
+    ASSERT_TRUE(data.open(QIODevice::ReadOnly));
+    const QJsonObject endpoints =
+        QJsonDocument::fromJson(data.readAll()).object().value("endpoints").toObject();
+    EXPECT_EQ(endpoints.value("origin").toString(), banner.at(QStringLiteral("origin")));
+
+    {
+        ScopedEnv pointAtSim("TOLVANE_DEFAULT_DATA", data.fileName().toLocal8Bit());
+        RecordingObserver observer;
+        VxNetServiceImp service(&observer, nullptr);
+        std::string error, token;
+        ASSERT_EQ(service.login("anchor", "secret123", error, token), 0) << error;
+        ASSERT_EQ(service.startBarrage(), 0);
+        EXPECT_TRUE(
+            waitUntil([&] { return observer.events("message chatmsg").size() >= 2; }, 10000));
+        service.stop();
+    }
+
+    sim.terminate();
+    ASSERT_TRUE(sim.waitForFinished(10000));
+    EXPECT_EQ(sim.exitStatus(), QProcess::NormalExit);
+    EXPECT_EQ(sim.exitCode(), 0);
+}
+
+TEST(SimProcess, RefusesArgumentsItDoesNotKnow) {
+    const QStringList refused[] = {
+        {QStringLiteral("--port")},
+        {QStringLiteral("--port"), QStringLiteral("70000")},
+        {QStringLiteral("--barrage-rate"), QStringLiteral("fast")},
+        {QStringLiteral("--data-dir")},
+        {QStringLiteral("--verbose")},
+    };
+    for (const QStringList& arguments : refused) {
+        QProcess sim;
+        sim.start(QStringLiteral(TOLVANE_SIM_PATH), arguments);
+        ASSERT_TRUE(sim.waitForFinished(10000)) << arguments.join(' ').toStdString();
+        EXPECT_EQ(sim.exitCode(), 2) << arguments.join(' ').toStdString();
+    }
+}
