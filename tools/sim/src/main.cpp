@@ -1,5 +1,6 @@
 // tolvane-sim: the platform simulator as a process of its own, for trying the host or a
-// browser against it. Prints its origin and serves until SIGINT or SIGTERM.
+// browser against it. Prints its origin and serves until SIGINT or SIGTERM. "tolvane-sim qr …"
+// instead plays the phone app against a running simulator's QR login.
 #include <pthread.h>
 
 #include <csignal>
@@ -8,14 +9,18 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "http/sim_certificate_authority.h"
 #include "http/sim_http_server.h"
+#include "platform/sim_qr_control.h"
 
 namespace {
 
 void printUsage() {
-    std::fprintf(stderr, "usage: tolvane-sim [--port N] [--https] [--env N]\n");
+    std::fprintf(stderr,
+                 "usage: tolvane-sim [--port N] [--https] [--env N]\n"
+                 "       tolvane-sim qr scan|confirm|expire|state ORIGIN CODE [ACCOUNT]\n");
 }
 
 bool parseNumber(const char* text, int& out) {
@@ -31,6 +36,9 @@ bool parseNumber(const char* text, int& out) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::strcmp(argv[1], "qr") == 0) {
+        return tolvane::sim::runQrCommand(std::vector<std::string>(argv + 2, argv + argc));
+    }
     int port = 0;
     int environment = 0;
     bool https = false;
