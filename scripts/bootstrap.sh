@@ -7,6 +7,7 @@ packages=(
     build-essential cmake ninja-build pkg-config ccache clang clang-format libclang-rt-14-dev
     qtbase5-dev libcurl4-openssl-dev libcpp-httplib-dev libasio-dev libssl-dev
     googletest libgtest-dev libgmock-dev libbenchmark-dev tinyproxy openssl
+    libqrencode-dev zbar-tools
 )
 
 missing=()

@@ -55,6 +55,7 @@ bool DemoRoad::logIn() {
     service_.getUserDevice(text);
     step(QStringLiteral("User-Device"), QString::fromStdString(text));
 
+    showQrLogin();
     std::string error, longToken;
     const int32_t refused = service_.login("traveller", "secret456", error, longToken);
     step(QStringLiteral("login traveller"),
