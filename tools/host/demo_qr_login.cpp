@@ -20,8 +20,8 @@ bool DemoRoad::showQrLogin() {
     const int32_t result = runQrLogin(service_, out_, options);
     std::string token;
     service_.getToken(token);
-    const bool loggedIn = check(QStringLiteral("QR login"), result, std::string(),
-                                QString::fromStdString(token));
+    const bool loggedIn =
+        check(QStringLiteral("QR login"), result, std::string(), QString::fromStdString(token));
     service_.logout();
     return loggedIn;
 }

@@ -142,7 +142,8 @@ int main(int argc, char** argv) {
     // The module expects a running event loop on the thread that created it.
     QTimer::singleShot(0, &app, [&] {
         if (command == QStringLiteral("qr-login")) {
-            exitCode = runQrLoginCommand(loader.createNetService(), observer, args.mid(1), out, err);
+            exitCode =
+                runQrLoginCommand(loader.createNetService(), observer, args.mid(1), out, err);
         } else {
             exitCode = command == QStringLiteral("demo")
                            ? runDemo(loader.createNetService(), observer, out)

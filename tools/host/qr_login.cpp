@@ -36,8 +36,7 @@ QString stateLine(int32_t result, const std::string& message, qint64 secondsLeft
         case kWaiting:
             return QStringLiteral("waiting for a scan (%1 s left): %2").arg(secondsLeft).arg(text);
         case kScanned:
-            return QStringLiteral("scanned, waiting for the confirmation in the app: %1")
-                .arg(text);
+            return QStringLiteral("scanned, waiting for the confirmation in the app: %1").arg(text);
         case kNoAnswer:
             return QStringLiteral("no answer from the platform, asking again");
         default:
@@ -122,8 +121,8 @@ int32_t runQrLogin(ILiveencoderNetService& service, QTextStream& out,
     }
 }
 
-int runQrLoginCommand(CreateNetServiceFunction create, PrintingObserver& observer,
-                      QStringList args, QTextStream& out, QTextStream& err) {
+int runQrLoginCommand(CreateNetServiceFunction create, PrintingObserver& observer, QStringList args,
+                      QTextStream& out, QTextStream& err) {
     bool withSim = false;
     QString pngPath = defaultPngPath();
     while (!args.isEmpty()) {
@@ -160,8 +159,9 @@ int runQrLoginCommand(CreateNetServiceFunction create, PrintingObserver& observe
             QDir(QCoreApplication::applicationDirPath()).filePath(QStringLiteral("tolvane-sim"));
         const QString origin = QString::fromStdString(sim->environment().origin());
         options.confirmHint = [simTool, origin](const std::string& code) {
-            return QStringLiteral("the simulator plays the phone; to scan and confirm, run:\n  "
-                                  "%1 qr confirm %2 %3")
+            return QStringLiteral(
+                       "the simulator plays the phone; to scan and confirm, run:\n  "
+                       "%1 qr confirm %2 %3")
                 .arg(simTool, origin, QString::fromStdString(code));
         };
     }

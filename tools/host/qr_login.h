@@ -13,11 +13,11 @@ class PrintingObserver;
 // Results of loginByQRCode while the anchor has not finished in the app, as the platform
 // reports them (the module passes the pending ones through).
 namespace qr_results {
-constexpr int32_t kWaiting = 233;      // nobody scanned the code yet
-constexpr int32_t kScanned = 130019;   // scanned, not confirmed in the app yet
-constexpr int32_t kExpired = 130020;   // the code ran out; a new one is needed
-constexpr int32_t kInvalid = 225;      // the platform no longer knows the code
-constexpr int32_t kNoAnswer = 210;     // this poll got no answer; the next may
+constexpr int32_t kWaiting = 233;     // nobody scanned the code yet
+constexpr int32_t kScanned = 130019;  // scanned, not confirmed in the app yet
+constexpr int32_t kExpired = 130020;  // the code ran out; a new one is needed
+constexpr int32_t kInvalid = 225;     // the platform no longer knows the code
+constexpr int32_t kNoAnswer = 210;    // this poll got no answer; the next may
 }  // namespace qr_results
 
 // How one QR login is shown and driven.
@@ -39,5 +39,5 @@ int32_t runQrLogin(ILiveencoderNetService& service, QTextStream& out,
 
 // `tolvane-host qr-login [--sim] [--png PATH]`; the PNG goes beside the module's logs unless
 // PATH is given. Returns the exit code.
-int runQrLoginCommand(CreateNetServiceFunction create, PrintingObserver& observer,
-                      QStringList args, QTextStream& out, QTextStream& err);
+int runQrLoginCommand(CreateNetServiceFunction create, PrintingObserver& observer, QStringList args,
+                      QTextStream& out, QTextStream& err);
