@@ -135,11 +135,4 @@ TEST_F(QrLogin, RefusedOrUnansweredCodeRequestsLeaveTheOutputs) {
     EXPECT_EQ(errorMessage, tolvane::kNetworkFailureText);
 }
 
-TEST_F(QrLogin, AnEmptyCodeStillAsksThePassport) {
-    EXPECT_EQ(poll(""), 225);
-    const auto requests = sim().http().requestLog().to("/lapi/passport/scan/auth");
-    ASSERT_EQ(requests.size(), 1u);
-    EXPECT_TRUE(tolvane::sim::hasPair(requests.front().form, "code"));
-}
-
 }  // namespace
