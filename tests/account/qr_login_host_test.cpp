@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <QDir>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
 #include <string>
@@ -28,13 +30,17 @@ QString readUntil(QProcess& host, QString& seen, const QRegularExpression& patte
 // What a person does: runs qr-login, scans the drawn code, and runs the printed command.
 TEST(QrLoginHost, PrintedCommandLogsInAndTheImageDecodesToTheCode) {
     IsolatedWorkspace workspace;
-    const QString png = workspace.path() + QStringLiteral("/shown/qr.png");
     QProcess host;
     host.start(QStringLiteral(TOLVANE_HOST_PATH),
-               {QStringLiteral("qr-login"), QStringLiteral("--sim"), QStringLiteral("--png"), png});
+               {QStringLiteral("qr-login"), QStringLiteral("--sim")});
     ASSERT_TRUE(host.waitForStarted(5000));
     QString seen;
     const QString url = readUntil(host, seen, QRegularExpression("app: (\\S+)\\n"));
+    // The image lies beside the module's logs, inside the temporary location.
+    const QString png = readUntil(host, seen, QRegularExpression("image: (\\S+)\\n"));
+    EXPECT_TRUE(png.startsWith(workspace.path() + QLatin1Char('/'))) << png.toStdString();
+    EXPECT_FALSE(
+        QDir(QFileInfo(png).path()).entryList({QStringLiteral("*_tolvane.log")}).isEmpty());
     const QString command =
         readUntil(host, seen, QRegularExpression("\\n  (\\S+ qr confirm .+)\\n"));
     ASSERT_FALSE(command.isEmpty()) << seen.toStdString();

@@ -10,6 +10,7 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 #include <QThread>
+#include <algorithm>
 #include <memory>
 
 #include "platform/sim_platform.h"
@@ -50,8 +51,8 @@ QString defaultPngPath() {
     const QString name = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
     const int dot = name.lastIndexOf(QLatin1Char('.'));
     const QString base = dot < 0 ? QString() : name.left(dot);
-    return QDir(QStandardPaths::writableLocation(QStandardPaths::TempLocation))
-        .filePath(base + QStringLiteral("/loginLog/qr-login.png"));
+    return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::TempLocation) +
+                           QLatin1Char('/') + base + QStringLiteral("/loginLog/qr-login.png"));
 }
 
 }  // namespace
