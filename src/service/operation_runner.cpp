@@ -37,7 +37,7 @@ void logRefusedReply(const tolvane::net::OperationRow& row,
 int32_t VxNetServiceImp::runOperation(const tolvane::net::OperationRow& row, const ParamList& items,
                                       std::string* message, const ReplyParser& parse,
                                       QByteArray* reply, const QStringList& files,
-                                      const QString& fileField) {
+                                      const QString& fileField, const ParamList& extraHeaders) {
     if (row.fixedBanner != nullptr) {
         tolvane::log::writeLine(tolvane::log::kMainLog, QString::fromLatin1(row.fixedBanner));
     } else {
@@ -45,8 +45,8 @@ int32_t VxNetServiceImp::runOperation(const tolvane::net::OperationRow& row, con
     }
     // Base-address requests use the environment the request client was built with.
     const int environment = row.onHostTable ? environment_ : request_->environment();
-    const tolvane::net::PreparedRequest request =
-        tolvane::net::prepareOperation(row, items, commonValues(), endpoints_, environment);
+    const tolvane::net::PreparedRequest request = tolvane::net::prepareOperation(
+        row, items, commonValues(), endpoints_, environment, extraHeaders);
 
     const bool upload = row.method == tolvane::net::HttpMethod::MultipartPost;
     // An upload that never went out leaves the caller's reply as it was.

@@ -242,10 +242,12 @@ private:
     // lines, the session-expiry hook. Without a parser the reply is a bare envelope and its
     // message goes to *message. *reply, when given, receives the body (or the made-up reply).
     // `files` are the file parts of a multipart row, each sent under `fileField`.
+    // `extraHeaders` go out before the headers the row adds itself.
     int32_t runOperation(const tolvane::net::OperationRow& row, const ParamList& items,
                          std::string* message = nullptr, const ReplyParser& parse = ReplyParser(),
                          QByteArray* reply = nullptr, const QStringList& files = QStringList(),
-                         const QString& fileField = QString());
+                         const QString& fileField = QString(),
+                         const ParamList& extraHeaders = ParamList());
     // Sends a multipart row through the Qt client; false leaves `body` as it was when nothing
     // went out (a file that cannot be opened, a stopped client).
     bool sendUpload(const tolvane::net::PreparedRequest& request, const QStringList& files,
@@ -258,6 +260,10 @@ private:
         std::function<bool(int& code, QString& message, LoginInfo&, RemoteLoginInfo&)>;
     int32_t runLibraryLogin(const LibraryLoginCall& call, const char* errorUrl,
                             std::string& errorMessage, std::string& longTokenOut);
+    // The SMS-code calls of the login library: no records, the same failure texts.
+    using LibraryCodeCall = std::function<bool(int& code, QString& message)>;
+    int32_t runLibraryCodeCall(const LibraryCodeCall& call, const char* errorUrl,
+                               std::string& errorMessage);
     int32_t storeLogin(int32_t parseResult, std::string& errorMessage,
                        const std::string& longTokenOut);
     int32_t fetchUserInfo(const char* operation, std::string& errorMessage);

@@ -53,7 +53,8 @@ TEST_F(LoginFlow, EverySlotLogsInAndLoadsTheProfile) {
          }},
         {"loginByPhoneCaptcha",
          [](VxNetServiceImp& s, SimPlatformState& p, std::string& e, std::string& t) {
-             return s.loginByPhoneCaptcha("13800000001", p.issueSmsCode("13800000001"), "86", t, e);
+             return s.loginByPhoneCaptcha("13800000001", p.passport().issueSmsCode("13800000001"),
+                                          "86", t, e);
          }},
         {"loginCheckNew by name ignores the phone texts",
          [](VxNetServiceImp& s, SimPlatformState&, std::string& e, std::string& t) {
@@ -69,7 +70,7 @@ TEST_F(LoginFlow, EverySlotLogsInAndLoadsTheProfile) {
              LoginCheckRequest request;
              request.phoneText1 = "13800000001";
              request.phoneText3 = "86";
-             request.secret = p.issueSmsCode("13800000001");
+             request.secret = p.passport().issueSmsCode("13800000001");
              return s.loginCheckNew(request, e, t);
          }},
     };
@@ -127,7 +128,7 @@ TEST_F(LoginFlow, RemoteLoginNeedsTheSmsCode) {
     EXPECT_EQ(token(), "-1_0__0_0");  // still logged out
 
     EXPECT_EQ(service().remoteLogin(remoteCode, "000000", longToken, errorMessage), 226);
-    const std::string sms = platform().issueSmsCode(remoteCode);
+    const std::string sms = platform().passport().issueSmsCode(remoteCode);
     EXPECT_EQ(service().remoteLogin(remoteCode, sms, longToken, errorMessage), 0) << errorMessage;
     EXPECT_STREQ(service().getNickname(), "Wayfarer");
 }
@@ -187,7 +188,7 @@ TEST_F(LoginFlow, LogoutResetsTheSession) {
     bool foreign = false;
     std::string hidePhone, code;
     service().getRemoteLoginInfo(foreign, hidePhone, code);
-    EXPECT_TRUE(foreign);                      // back to its initial value
+    EXPECT_TRUE(foreign);                             // back to its initial value
     EXPECT_EQ(lastLoginMessage(), "账号或密码错误");  // kept across logout
 }
 

@@ -54,5 +54,7 @@ inline QJsonObject withOutputs(const QJsonValue& result, const QJsonObject& outp
 void addRoomSettingsCalls(const AddCall& add);
 // operation_calls_anchor.cpp: the anchor's queries, black list, customer service and feedback.
 void addAnchorCalls(const AddCall& add);
+// operation_calls_account_codes.cpp: SMS codes, phone binding, QR login, app authorisation.
+void addAccountCodeCalls(const AddCall& add);
 
 }  // namespace host_calls

@@ -55,6 +55,7 @@ bool DemoRoad::logIn() {
     service_.getUserDevice(text);
     step(QStringLiteral("User-Device"), QString::fromStdString(text));
 
+    showQrLogin();
     std::string error, longToken;
     const int32_t refused = service_.login("traveller", "secret456", error, longToken);
     step(QStringLiteral("login traveller"),
@@ -64,7 +65,7 @@ bool DemoRoad::logIn() {
     service_.getRemoteLoginInfo(foreign, hidePhone, remoteCode);
     step(QStringLiteral("confirm by SMS to"), QString::fromStdString(hidePhone));
     // The simulator plays the phone: it tells the demo the code it "sent".
-    const std::string sms = sim_.state().issueSmsCode(remoteCode);
+    const std::string sms = sim_.state().passport().issueSmsCode(remoteCode);
     check(QStringLiteral("remoteLogin"), service_.remoteLogin(remoteCode, sms, longToken, error),
           error);
     service_.logout();

@@ -39,6 +39,8 @@ private:
     bool logIn();
     bool showRoom();
     void followBarrage();
+    // demo_qr_login.cpp: a QR login that the simulator confirms, then a logout.
+    bool showQrLogin();
 
     // demo_live.cpp: category, tags, push lines and the show itself.
     void goLive();

@@ -11,11 +11,13 @@
 #include "operation_calls.h"
 #include "platform/sim_platform.h"
 #include "printing_observer.h"
+#include "qr_login.h"
 
 namespace {
 
 int usage(QTextStream& err) {
     err << "usage: tolvane-host demo\n"
+           "       tolvane-host qr-login [--sim] [--png PATH]\n"
            "       tolvane-host call [--sim] [--login NAME PASSWORD] OPERATION [ARGUMENT...] "
            "[+ OPERATION [ARGUMENT...]]...\n"
            "Operations joined by + run in order on one service, so later ones see the state\n"
@@ -125,7 +127,8 @@ int main(int argc, char** argv) {
     QTextStream err(stderr);
     const QStringList args = app.arguments().mid(1);
     const QString command = args.value(0);
-    if (command != QStringLiteral("demo") && command != QStringLiteral("call")) {
+    if (command != QStringLiteral("demo") && command != QStringLiteral("call") &&
+        command != QStringLiteral("qr-login")) {
         return usage(err);
     }
 
@@ -138,9 +141,14 @@ int main(int argc, char** argv) {
     int exitCode = 0;
     // The module expects a running event loop on the thread that created it.
     QTimer::singleShot(0, &app, [&] {
-        exitCode = command == QStringLiteral("demo")
-                       ? runDemo(loader.createNetService(), observer, out)
-                       : runCall(loader.createNetService(), observer, args.mid(1), out, err);
+        if (command == QStringLiteral("qr-login")) {
+            exitCode =
+                runQrLoginCommand(loader.createNetService(), observer, args.mid(1), out, err);
+        } else {
+            exitCode = command == QStringLiteral("demo")
+                           ? runDemo(loader.createNetService(), observer, out)
+                           : runCall(loader.createNetService(), observer, args.mid(1), out, err);
+        }
         app.quit();
     });
     app.exec();

@@ -1,6 +1,7 @@
 // tolvane-sim: the whole simulated platform as a process of its own (web services and barrage
 // servers), for trying a host or a browser against it. Prints where it serves and the
 // default.data that points a module at it, then serves until SIGINT or SIGTERM.
+// "tolvane-sim qr …" instead plays the phone app against a running simulator's QR login.
 #include <pthread.h>
 
 #include <QDir>
@@ -11,16 +12,19 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "barrage/barrage_server.h"
 #include "platform/sim_platform.h"
+#include "platform/sim_qr_control.h"
 
 namespace {
 
 void printUsage() {
     std::fprintf(stderr,
                  "usage: tolvane-sim [--port N] [--https] [--env N] [--data-dir DIR]\n"
-                 "                   [--barrage-servers N] [--barrage-rate N]\n");
+                 "                   [--barrage-servers N] [--barrage-rate N]\n"
+                 "       tolvane-sim qr scan|confirm|expire|state ORIGIN CODE [ACCOUNT]\n");
 }
 
 bool parseNumber(const char* text, int& out) {
@@ -70,6 +74,9 @@ bool parseArguments(int argc, char** argv, Arguments& out) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (argc > 1 && std::strcmp(argv[1], "qr") == 0) {
+        return tolvane::sim::runQrCommand(std::vector<std::string>(argv + 2, argv + argc));
+    }
     Arguments args;
     if (!parseArguments(argc, argv, args)) {
         printUsage();

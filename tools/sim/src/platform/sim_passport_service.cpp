@@ -5,7 +5,9 @@
 
 #include "http/sim_http_server.h"
 #include "http/sim_replies.h"
+#include "platform/sim_account_code_service.h"
 #include "platform/sim_platform_state.h"
+#include "platform/sim_qr_control.h"
 
 namespace tolvane::sim {
 
@@ -45,14 +47,28 @@ SimReply finishLogin(SimPlatformState& state, const SimAccount& account) {
     }
     SimReply reply = errorReply(kRemoteLoginRequired, QStringLiteral("请验证手机号后登录"));
     QJsonObject body = QJsonDocument::fromJson(QByteArray::fromStdString(reply.body)).object();
-    body.insert(QStringLiteral("ext"), QJsonObject{{"isForeignTel", account.foreignTel ? 1 : 0},
-                                                   {"hidePhone", maskedPhone(account.phone)},
-                                                   {"code", q(state.issueRemoteCode(account))}});
+    body.insert(QStringLiteral("ext"),
+                QJsonObject{{"isForeignTel", account.foreignTel ? 1 : 0},
+                            {"hidePhone", maskedPhone(account.phone)},
+                            {"code", q(state.passport().issueRemoteCode(account.uid))}});
     return jsonReply(200, body);
 }
 
 SimReply wrongCredentials() {
     return errorReply(kWrongCredentials, QStringLiteral("账号或密码错误"));
+}
+
+// An SMS code check as every passport route answers it; nullopt when the code was good.
+std::optional<SimReply> smsRefusal(SimPassportState::SmsCheck check) {
+    switch (check) {
+        case SimPassportState::SmsCheck::Accepted:
+            return std::nullopt;
+        case SimPassportState::SmsCheck::Expired:
+            return errorReply(kCaptchaExpired, QStringLiteral("验证码已过期，请重新获取"));
+        case SimPassportState::SmsCheck::Wrong:
+            break;
+    }
+    return errorReply(kWrongCaptcha, QStringLiteral("验证码错误"));
 }
 
 SimReply loginCheck(SimPlatformState& state, const SimRequest& request) {
@@ -65,13 +81,23 @@ SimReply loginCheck(SimPlatformState& state, const SimRequest& request) {
         }
     } else if (type == "phone" || type == "phone_captcha") {
         const std::string phone = request.param("phone");
-        account = state.accountByPhone(phone);
+        account = accountByLoginPhone(state, phone);
         const std::string secret =
             type == "phone" ? request.param("secret") : request.param("captcha");
-        const bool passwordOk = type == "phone" && account && account->password == secret;
-        if (!account || (!passwordOk && !state.consumeSmsCode(phone, secret))) {
+        // The password login by phone also takes an SMS code in place of the password.
+        if (!account) {
             return type == "phone" ? wrongCredentials()
                                    : errorReply(kWrongCaptcha, QStringLiteral("验证码错误"));
+        }
+        if (type == "phone" && account->password == secret) {
+            return finishLogin(state, *account);
+        }
+        const SimPassportState::SmsCheck check = state.passport().consumeSmsCode(phone, secret);
+        if (type == "phone" && check == SimPassportState::SmsCheck::Wrong) {
+            return wrongCredentials();
+        }
+        if (const auto refusal = smsRefusal(check)) {
+            return *refusal;
         }
     } else if (type == "token") {
         account = state.accountByLongToken(request.param("long_token"));
@@ -87,42 +113,64 @@ SimReply loginCheck(SimPlatformState& state, const SimRequest& request) {
 
 SimReply remoteLogin(SimPlatformState& state, const SimRequest& request) {
     const std::string code = request.param("code");
-    const std::optional<SimAccount> account = state.accountByRemoteCode(code);
+    const auto uid = state.passport().uidByRemoteCode(code);
+    const std::optional<SimAccount> account = uid ? state.accountByUid(*uid) : std::nullopt;
     if (!account) {
         return wrongCredentials();
     }
-    if (!state.consumeSmsCode(code, request.param("captcha")) &&
-        !state.consumeSmsCode(account->phone, request.param("captcha"))) {
-        return errorReply(kWrongCaptcha, QStringLiteral("验证码错误"));
+    // The code may have gone to the remote-login code or straight to the account's phone.
+    const std::string captcha = request.param("captcha");
+    SimPassportState::SmsCheck check = state.passport().consumeSmsCode(code, captcha);
+    if (check == SimPassportState::SmsCheck::Wrong) {
+        check = state.passport().consumeSmsCode(account->phone, captcha);
+    }
+    if (const auto refusal = smsRefusal(check)) {
+        return *refusal;
     }
     return grantReply(state, *account);
 }
 
 SimReply sendCaptcha(SimPlatformState& state, const std::string& target) {
-    if (!state.accountByPhone(target) && !state.accountByRemoteCode(target)) {
+    if (!accountByLoginPhone(state, target) && !state.passport().uidByRemoteCode(target)) {
         return errorReply(kWrongCredentials, QStringLiteral("手机号未注册"));
     }
-    state.issueSmsCode(target);
+    state.passport().issueSmsCode(target);
     return okReply(QStringLiteral("sent"));
 }
 
 SimReply qrLogin(SimPlatformState& state, const SimRequest& request) {
-    const std::string code = request.param("code");
     std::string accountName;
-    switch (state.qrState(code, &accountName)) {
-        case SimPlatformState::QrState::Unknown:
+    switch (state.passport().pollQr(request.param("code"), &accountName)) {
+        case SimPassportState::QrState::Unknown:
             return errorReply(kUnknownQrCode, QStringLiteral("二维码已失效"));
-        case SimPlatformState::QrState::Pending:
+        case SimPassportState::QrState::Issued:
+        case SimPassportState::QrState::Waiting:
             return errorReply(kQrCodePending, QStringLiteral("等待扫码"));
-        case SimPlatformState::QrState::Scanned:
+        case SimPassportState::QrState::Scanned:
+            return errorReply(kQrCodeScanned, QStringLiteral("已扫码，请在手机上确认登录"));
+        case SimPassportState::QrState::Expired:
+            return errorReply(kQrCodeExpired, QStringLiteral("二维码已过期，请刷新"));
+        case SimPassportState::QrState::Confirmed:
             break;
     }
     const std::optional<SimAccount> account = state.accountByName(accountName);
-    state.consumeQrCode(code);
     return account ? grantReply(state, *account) : wrongCredentials();
 }
 
 }  // namespace
+
+std::optional<SimAccount> accountByLoginPhone(const SimPlatformState& state,
+                                              const std::string& phone) {
+    if (const auto uid = state.passport().uidByBoundPhone(phone)) {
+        return state.accountByUid(*uid);
+    }
+    const std::optional<SimAccount> owner = state.accountByPhone(phone);
+    // A number that moved to another account no longer logs its first owner in.
+    if (owner && state.passport().boundPhone(owner->uid).value_or(phone) != phone) {
+        return std::nullopt;
+    }
+    return owner;
+}
 
 void addPassportRoutes(SimHttpServer& server, SimPlatformState& state) {
     auto add = [&server](const char* path, SimHandler handler) {
@@ -137,14 +185,16 @@ void addPassportRoutes(SimHttpServer& server, SimPlatformState& state) {
     add("app/loginCaptcha2",
         [s](const SimRequest& r) { return sendCaptcha(*s, r.param("phone")); });
     add("scan/code", [s](const SimRequest&) {
-        const std::string code = s->issueQrCode();
+        const std::string code = s->passport().issueQrCode();
         return okReply(QJsonObject{
             {"code", q(code)},
             {"url", QStringLiteral("https://passport.tolvane.example/scan?code=") + q(code)},
-            {"expire", 120}});
+            {"expire", s->passport().qrLifetimeSeconds()}});
     });
     add("lapi/passport/scan/auth", [s](const SimRequest& r) { return qrLogin(*s, r); });
     add("app/clientEvent", [](const SimRequest&) { return okReply(QStringLiteral("recorded")); });
+    addQrControlRoutes(server, state);
+    addAccountCodeRoutes(server, state);
 }
 
 }  // namespace tolvane::sim

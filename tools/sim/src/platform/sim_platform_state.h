@@ -12,6 +12,7 @@
 #include "platform/sim_anchor_records.h"
 #include "platform/sim_category_catalogue.h"
 #include "platform/sim_live_state.h"
+#include "platform/sim_passport_state.h"
 #include "platform/sim_room_settings.h"
 
 namespace tolvane::sim {
@@ -69,22 +70,6 @@ public:
     // The session named by a "token" parameter (uid_biz_short_client_longTokenId).
     std::optional<SimSession> sessionByToken(const std::string& token) const;
 
-    // SMS codes: issued to a phone number or to a remote-login code; each is good once.
-    std::string issueSmsCode(const std::string& target);
-    bool consumeSmsCode(const std::string& target, const std::string& code);
-    std::string lastSmsCode(const std::string& target) const;
-
-    // Remote-login codes handed out with a 130014 refusal, and the account they finish.
-    std::string issueRemoteCode(const SimAccount& account);
-    std::optional<SimAccount> accountByRemoteCode(const std::string& code) const;
-
-    // QR codes: issued pending, marked scanned by a test or the demo, consumed by a login.
-    std::string issueQrCode();
-    bool markQrScanned(const std::string& code, const std::string& accountName);
-    enum class QrState { Unknown, Pending, Scanned };
-    QrState qrState(const std::string& code, std::string* accountName = nullptr) const;
-    void consumeQrCode(const std::string& code);
-
     // Server clock: local seconds plus a settable skew.
     void setClockSkewSeconds(int64_t skew);
     int64_t nowSeconds() const;
@@ -121,15 +106,15 @@ public:
     // reminders; guards itself.
     SimRoomSettings& roomSettings() { return roomSettings_; }
     const SimRoomSettings& roomSettings() const { return roomSettings_; }
+    // SMS, remote-login and QR codes, phone bindings, app authorisation; guards itself.
+    SimPassportState& passport() { return passport_; }
+    const SimPassportState& passport() const { return passport_; }
 
 private:
     mutable std::mutex mutex_;
     std::vector<SimAccount> accounts_;
-    std::map<std::string, std::string> longTokens_;   // long token -> uid
-    std::map<std::string, SimSession> sessions_;      // short token -> session
-    std::map<std::string, std::string> smsCodes_;     // target -> code
-    std::map<std::string, std::string> remoteCodes_;  // remote code -> uid
-    std::map<std::string, std::string> qrCodes_;      // code -> account name ("" pending)
+    std::map<std::string, std::string> longTokens_;  // long token -> uid
+    std::map<std::string, SimSession> sessions_;     // short token -> session
     int64_t clockSkew_ = 0;
     int timeFailuresLeft_ = 0;
     TimeFailure timeFailure_ = TimeFailure::NegativeTime;
@@ -143,6 +128,7 @@ private:
     SimCategoryCatalogue categories_;
     SimAnchorRecords anchorRecords_;
     SimRoomSettings roomSettings_;
+    SimPassportState passport_;
 };
 
 }  // namespace tolvane::sim

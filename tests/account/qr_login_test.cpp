@@ -1,0 +1,138 @@
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "http/sim_replies.h"
+#include "parse/reply_texts.h"
+#include "platform/sim_qr_control.h"
+#include "service/log_writer.h"
+#include "support/log_reader.h"
+#include "support/sim_service_fixture.h"
+
+namespace {
+
+using QrState = tolvane::sim::SimPassportState::QrState;
+
+class QrLogin : public SimServiceTest {
+protected:
+    // A fresh code from the module, as a host gets it.
+    std::string askForCode() {
+        std::string url, code;
+        int32_t expire = 0;
+        EXPECT_EQ(service().getQRCodeURL(url, code, expire), 0);
+        return code;
+    }
+    int32_t poll(const std::string& code) {
+        longToken.clear();
+        errorMessage.clear();
+        return service().loginByQRCode(code, longToken, errorMessage);
+    }
+    std::string token() {
+        std::string text;
+        service().getToken(text);
+        return text;
+    }
+
+    std::string longToken;
+    std::string errorMessage;
+};
+
+TEST_F(QrLogin, CodeComesOutAsUrlThenCodeThenLifetime) {
+    std::string url = "u", code = "c";
+    int32_t expire = -1;
+    ASSERT_EQ(service().getQRCodeURL(url, code, expire), 0);
+    EXPECT_EQ(url, "https://passport.tolvane.example/scan?code=" + code);
+    EXPECT_EQ(platform().passport().qrState(code), QrState::Issued);
+    EXPECT_EQ(expire, 120);
+}
+
+TEST_F(QrLogin, StateWalkEndsInALoggedInSession) {
+    const std::string code = askForCode();
+    auto& phone = platform().passport();
+    struct Step {
+        const char* name;
+        std::function<void()> act;
+        int32_t expected;
+        const char* message;
+    };
+    const Step steps[] = {
+        {"nobody scanned", [] {}, 233, "等待扫码"},
+        {"still waiting", [] {}, 233, "等待扫码"},
+        {"scanned", [&] { phone.scanQr(code, "anchor"); }, 130019, "已扫码，请在手机上确认登录"},
+        {"confirmed", [&] { phone.confirmQr(code); }, 0, ""},
+        {"used up", [] {}, 225, "二维码已失效"},
+    };
+    for (const Step& step : steps) {
+        SCOPED_TRACE(step.name);
+        step.act();
+        EXPECT_EQ(poll(code), step.expected);
+        if (step.expected != 0) {
+            EXPECT_EQ(errorMessage, step.message);
+            EXPECT_TRUE(longToken.empty());
+        } else {
+            EXPECT_FALSE(longToken.empty());
+            EXPECT_STREQ(service().getNickname(), "Lantern");
+            EXPECT_TRUE(platform().sessionByToken(token()).has_value());
+        }
+    }
+    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
+                    .contains(QString::fromUtf8("error Url: lapi/passport/scan/auth, errorCode: "
+                                                "130019,  errorMsg: 已扫码，请在手机上确认登录")));
+    // A later refusal leaves the session of the confirmed login alone.
+    EXPECT_NE(token(), "-1_0__0_0");
+}
+
+TEST_F(QrLogin, ExpiredCodesAreReportedAndCannotBeConfirmed) {
+    const std::string origin = sim().environment().origin();
+    const std::string byHand = askForCode();
+    EXPECT_EQ(tolvane::sim::runQrCommand({"expire", origin, byHand}), 0);
+    EXPECT_EQ(poll(byHand), 130020);
+    EXPECT_EQ(errorMessage, "二维码已过期，请刷新");
+    EXPECT_EQ(tolvane::sim::runQrCommand({"confirm", origin, byHand}), 1);
+    EXPECT_EQ(tolvane::sim::runQrCommand({"scan", origin, "no-such-code"}), 1);
+
+    const std::string byClock = askForCode();
+    auto& phone = platform().passport();
+    phone.scanQr(byClock, "anchor");
+    phone.advanceSeconds(phone.qrLifetimeSeconds());
+    EXPECT_EQ(phone.confirmQr(byClock), QrState::Expired);
+    EXPECT_EQ(poll(byClock), 130020);
+    EXPECT_EQ(token(), "-1_0__0_0");
+}
+
+TEST_F(QrLogin, TheCommandScansAndConfirmsForAnyAccount) {
+    const std::string code = askForCode();
+    EXPECT_EQ(poll(code), 233);
+    EXPECT_EQ(
+        tolvane::sim::runQrCommand({"confirm", sim().environment().origin(), code, "traveller"}),
+        0);
+    EXPECT_EQ(platform().passport().qrState(code), QrState::Confirmed);
+    EXPECT_EQ(poll(code), 0) << errorMessage;
+    // The QR login needs no SMS confirmation: the app on the phone already vouched for it.
+    EXPECT_STREQ(service().getNickname(), "Wayfarer");
+}
+
+TEST_F(QrLogin, RefusedOrUnansweredCodeRequestsLeaveTheOutputs) {
+    sim().http().routes().add(
+        {"POST", tolvane::sim::SimAddressTable::Base, 0, "/scan/code", "scan/code",
+         tolvane::sim::SimSignRule::Query,
+         [](const tolvane::sim::SimRequest&) { return tolvane::sim::errorReply(603, "refused"); }});
+    std::string url = "u", code = "c";
+    int32_t expire = 7;
+    EXPECT_EQ(service().getQRCodeURL(url, code, expire), 214);
+    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
+                    .contains(QStringLiteral("error Url: scan/code, errorCode: 603")));
+    sim().stop();
+    EXPECT_EQ(service().getQRCodeURL(url, code, expire), 210);
+    EXPECT_EQ(url, "u");
+    EXPECT_EQ(code, "c");
+    EXPECT_EQ(expire, 7);
+    std::string stored;
+    service().getLastLoginMessage(stored);
+    EXPECT_EQ(stored, tolvane::kNetworkFailureStoredText);
+
+    EXPECT_EQ(poll("anything"), 210);
+    EXPECT_EQ(errorMessage, tolvane::kNetworkFailureText);
+}
+
+}  // namespace
