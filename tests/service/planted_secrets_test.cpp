@@ -67,7 +67,7 @@ TEST_F(PlantedSecrets, NoneReachesALogFile) {
     bool foreign = false;
     std::string hidePhone, remoteCode;
     service().getRemoteLoginInfo(foreign, hidePhone, remoteCode);
-    const std::string sms = platform().issueSmsCode(remoteCode);
+    const std::string sms = platform().passport().issueSmsCode(remoteCode);
     ASSERT_EQ(service().remoteLogin(remoteCode, sms, longToken, error), 0) << error;
     service().getToken(token);
     secrets.insert(secrets.end(), {sms, longToken, token, shortTokenOf(token)});

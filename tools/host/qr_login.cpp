@@ -50,7 +50,12 @@ QString stateLine(int32_t result, const std::string& message, qint64 secondsLeft
 QString defaultPngPath() {
     const QString name = QFileInfo(QCoreApplication::applicationFilePath()).fileName();
     const int dot = name.lastIndexOf(QLatin1Char('.'));
+#ifdef _WIN32
     const QString base = dot < 0 ? QString() : name.left(dot);
+#else
+    // A POSIX executable has no suffix: the module then names the folder after the whole name.
+    const QString base = dot < 0 ? name : name.left(dot);
+#endif
     return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::TempLocation) +
                            QLatin1Char('/') + base + QStringLiteral("/loginLog/qr-login.png"));
 }
