@@ -61,8 +61,3 @@ int32_t VxNetServiceImp::getLoginAuthCode(const std::string& bizType, std::strin
     logBanner("getLoginAuthCode");
     return kNotYetAvailable;
 }
-
-// slot 94
-IVxLiveRoomInfo* VxNetServiceImp::getLiveRoomInfo() {
-    return nullptr;
-}

@@ -54,5 +54,7 @@ inline QJsonObject withOutputs(const QJsonValue& result, const QJsonObject& outp
 void addRoomSettingsCalls(const AddCall& add);
 // operation_calls_anchor.cpp: the anchor's queries, black list, customer service and feedback.
 void addAnchorCalls(const AddCall& add);
+// operation_calls_catalogue.cpp: the gift and resource catalogue (slots 26, 49 and 94).
+void addCatalogueCalls(const AddCall& add);
 
 }  // namespace host_calls

@@ -40,6 +40,10 @@ private:
     bool showRoom();
     void followBarrage();
 
+    // demo_catalogue.cpp: the room's gifts, props and resource files, and a gift sent.
+    void showGiftCatalogue();
+    void sendGift();
+
     // demo_live.cpp: category, tags, push lines and the show itself.
     void goLive();
     void showCategoryTree();

@@ -251,6 +251,7 @@ QVector<OperationCall> buildCalls() {
     add("getRoomId", "", [](S& s, A) { return resultOnly(s.getRoomId()); });
     addRoomSettingsCalls(add);
     addAnchorCalls(add);
+    addCatalogueCalls(add);
     return calls;
 }
 
