@@ -32,6 +32,7 @@ VxNetServiceImp::VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* brea
     request_ = new VxNetRequest(environment_, breadcrumbSink_, this);
     request_->setDeviceHeader(tolvane::net::userDeviceValue(deviceId_, clientVersion_));
     liveRoomInfo_ = std::make_shared<VxLiveRoomInfo>(request_, &parser_);
+    liveRoomInfo_->setClientVersion(clientVersion_);
     // The module never follows the system's proxy settings; slot 95 sets its own.
     QNetworkProxyFactory::setUseSystemConfiguration(false);
     timer_ = new QTimer(this);
