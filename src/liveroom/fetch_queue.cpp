@@ -28,6 +28,9 @@ bool FetchQueue::request(const FetchKey& key) {
             state = State{};
             state.due = now;
         } else {
+            if (states_.size() >= policy_.capacity && !dropRestedKeys(now)) {
+                return false;
+            }
             State state;
             state.due = now;
             states_.emplace(key, state);
@@ -35,6 +38,19 @@ bool FetchQueue::request(const FetchKey& key) {
     }
     wake_.notify_all();
     return true;
+}
+
+bool FetchQueue::dropRestedKeys(Clock::time_point now) {
+    bool dropped = false;
+    for (auto it = states_.begin(); it != states_.end();) {
+        if (!it->second.active && it->second.due <= now) {
+            it = states_.erase(it);
+            dropped = true;
+        } else {
+            ++it;
+        }
+    }
+    return dropped;
 }
 
 void FetchQueue::clear() {
@@ -45,9 +61,9 @@ void FetchQueue::clear() {
     }
 }
 
-void FetchQueue::setTiming(const Timing& timing) {
+void FetchQueue::setPolicy(const Policy& policy) {
     std::lock_guard<std::mutex> lock(mutex_);
-    timing_ = timing;
+    policy_ = policy;
 }
 
 bool FetchQueue::busy() const {
@@ -69,11 +85,11 @@ bool FetchQueue::nextDue(FetchKey& key, Clock::time_point& due) const {
 }
 
 std::chrono::milliseconds FetchQueue::retryDelay(int failures) const {
-    std::chrono::milliseconds delay = timing_.firstRetry;
-    for (int i = 1; i < failures && delay < timing_.longestRetry; ++i) {
+    std::chrono::milliseconds delay = policy_.firstRetry;
+    for (int i = 1; i < failures && delay < policy_.longestRetry; ++i) {
         delay *= 2;
     }
-    return std::min(delay, timing_.longestRetry);
+    return std::min(delay, policy_.longestRetry);
 }
 
 void FetchQueue::run() {
@@ -106,11 +122,11 @@ void FetchQueue::run() {
         }
         ++state.failures;
         const Clock::time_point now = Clock::now();
-        if (state.failures < timing_.attempts) {
+        if (state.failures < policy_.attempts) {
             state.due = now + retryDelay(state.failures);
         } else {
             state.active = false;
-            state.due = now + timing_.longestRetry;
+            state.due = now + policy_.longestRetry;
         }
     }
 }

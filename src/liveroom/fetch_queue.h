@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -33,10 +34,12 @@ public:
     using Fetch = std::function<bool(const FetchKey&)>;
     using Clock = std::chrono::steady_clock;
 
-    struct Timing {
+    struct Policy {
         std::chrono::milliseconds firstRetry{1000};  // doubled after each failure
         std::chrono::milliseconds longestRetry{60000};
         int attempts = 5;  // fetches in a row before the key rests
+        // Keys kept at once; a stream naming ever new ids queues no more than this.
+        std::size_t capacity = 1000;
     };
 
     explicit FetchQueue(Fetch fetch);
@@ -44,11 +47,12 @@ public:
     FetchQueue(const FetchQueue&) = delete;
     FetchQueue& operator=(const FetchQueue&) = delete;
 
-    // True when the key was queued now; never blocks on a fetch.
+    // True when the key was queued now; never blocks on a fetch. False also when the queue
+    // holds `capacity` keys and none of the resting ones may go yet.
     bool request(const FetchKey& key);
     // Forgets every waiting and resting key; a running fetch finishes but is not retried.
     void clear();
-    void setTiming(const Timing& timing);
+    void setPolicy(const Policy& policy);
     // True while a key waits, runs or waits for a retry.
     bool busy() const;
 
@@ -61,6 +65,8 @@ private:
     };
 
     void run();
+    // Forgets resting keys whose rest is over; true when any went.
+    bool dropRestedKeys(Clock::time_point now);
     // The active key due first that is not running; false when there is none.
     bool nextDue(FetchKey& key, Clock::time_point& due) const;
     std::chrono::milliseconds retryDelay(int failures) const;
@@ -69,7 +75,7 @@ private:
     mutable std::mutex mutex_;
     std::condition_variable wake_;
     std::map<FetchKey, State> states_;
-    Timing timing_;
+    Policy policy_;
     uint64_t generation_ = 0;  // bumped by clear()
     bool stopping_ = false;
     std::thread worker_;  // last: starts once everything above exists

@@ -286,8 +286,8 @@ void VxLiveRoomInfo::requestProp(int32_t propId) {
     }
 }
 
-void VxLiveRoomInfo::setRetryTiming(const FetchQueue::Timing& timing) {
-    queue_->setTiming(timing);
+void VxLiveRoomInfo::setFetchPolicy(const FetchQueue::Policy& policy) {
+    queue_->setPolicy(policy);
 }
 
 bool VxLiveRoomInfo::fetching() const {

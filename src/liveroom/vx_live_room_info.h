@@ -72,7 +72,7 @@ public:
     void noteBarrageMessage(const BarrageMessage& message);
 
     // Tests shorten the retry delays; true while a fetch waits, runs or waits for a retry.
-    void setRetryTiming(const tolvane::liveroom::FetchQueue::Timing& timing);
+    void setFetchPolicy(const tolvane::liveroom::FetchQueue::Policy& policy);
     bool fetching() const;
 
 private:

@@ -118,11 +118,11 @@ TEST_F(CatalogueBarrage, UnknownSkinsAndPropsAreFetchedToo) {
 
 TEST_F(CatalogueBarrage, AFailedFetchIsRetriedAfterADelayNotOnTheNextMessage) {
     auto& room = static_cast<VxLiveRoomInfo&>(store());
-    tolvane::liveroom::FetchQueue::Timing timing;
-    timing.firstRetry = 300ms;
-    timing.longestRetry = 60s;
-    timing.attempts = 2;
-    room.setRetryTiming(timing);
+    tolvane::liveroom::FetchQueue::Policy policy;
+    policy.firstRetry = 300ms;
+    policy.longestRetry = 60s;
+    policy.attempts = 2;
+    room.setFetchPolicy(policy);
     sim_->http().setFault(kSingleGiftPath, tolvane::sim::SimFault::httpStatus(503));
 
     // Messages keep naming the gift through two failures and the rest that follows.

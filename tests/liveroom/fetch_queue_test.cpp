@@ -15,12 +15,12 @@ using tolvane::liveroom::FetchKey;
 using tolvane::liveroom::FetchQueue;
 using namespace std::chrono_literals;
 
-FetchQueue::Timing fastTiming(int attempts) {
-    FetchQueue::Timing timing;
-    timing.firstRetry = 40ms;
-    timing.longestRetry = 2000ms;
-    timing.attempts = attempts;
-    return timing;
+FetchQueue::Policy fastPolicy(int attempts) {
+    FetchQueue::Policy policy;
+    policy.firstRetry = 40ms;
+    policy.longestRetry = 2000ms;
+    policy.attempts = attempts;
+    return policy;
 }
 
 TEST(FetchQueue, ManyThreadsAskingForOneKeyCauseOneFetch) {
@@ -62,7 +62,7 @@ TEST(FetchQueue, FailuresAreRetriedLaterAndThenRest) {
         times.push_back(std::chrono::steady_clock::now());
         return false;
     });
-    queue.setTiming(fastTiming(3));
+    queue.setPolicy(fastPolicy(3));
     ASSERT_TRUE(queue.request({FetchKey::Prop, 5, 0}));
     // A stream of requests during the retries and the rest adds no fetch.
     const auto end = std::chrono::steady_clock::now() + 600ms;
@@ -88,7 +88,7 @@ TEST(FetchQueue, ClearDropsWaitingRetriesAndKeysQueuedBehindARunningFetch) {
         }
         return false;
     });
-    queue.setTiming(fastTiming(5));
+    queue.setPolicy(fastPolicy(5));
     queue.request({FetchKey::Gift, 1, 0});
     ASSERT_TRUE(waitUntil([&] { return fetches.load() == 1; }));
     queue.request({FetchKey::Gift, 2, 0});
@@ -97,6 +97,28 @@ TEST(FetchQueue, ClearDropsWaitingRetriesAndKeysQueuedBehindARunningFetch) {
     ASSERT_TRUE(waitUntil([&] { return !queue.busy(); }));
     std::this_thread::sleep_for(150ms);
     EXPECT_EQ(fetches.load(), 1);  // neither a retry of 1 nor a fetch of 2
+}
+
+TEST(FetchQueue, AStreamOfNewIdsQueuesNoMoreThanTheCapacity) {
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    std::atomic<int> fetches{0};
+    FetchQueue queue([&](const FetchKey&) {
+        ++fetches;
+        released.wait();
+        return true;
+    });
+    FetchQueue::Policy policy = fastPolicy(5);
+    policy.capacity = 10;
+    queue.setPolicy(policy);
+    int queued = 0;
+    for (int32_t id = 1; id <= 5000; ++id) {
+        queued += queue.request({FetchKey::Gift, id, 0}) ? 1 : 0;
+    }
+    EXPECT_EQ(queued, 10);
+    release.set_value();
+    ASSERT_TRUE(waitUntil([&] { return !queue.busy(); }));
+    EXPECT_EQ(fetches.load(), 10);
 }
 
 }  // namespace
