@@ -142,6 +142,18 @@ TEST_F(CatalogueBarrage, AFailedFetchIsRetriedAfterADelayNotOnTheNextMessage) {
     EXPECT_EQ(requestsTo(kSingleGiftPath), 4u);
 }
 
+TEST_F(CatalogueBarrage, AFetchUnderWayAtLogoutStoresNothing) {
+    sim_->http().setFault(kSingleGiftPath, tolvane::sim::SimFault::delay(800));
+    server().sendText(giftText(catalogue::kLateGift));
+    ASSERT_TRUE(waitUntil([&] { return requestsTo(kSingleGiftPath) == 1; }));
+    service_->logout();
+    auto& room = static_cast<VxLiveRoomInfo&>(store());
+    ASSERT_TRUE(waitUntil([&] { return !room.fetching(); }));
+    VxGiftRecord gift;
+    EXPECT_FALSE(store().findGift(catalogue::kLateGift, gift));
+    EXPECT_TRUE(store().gifts().empty());
+}
+
 // What slot 26 puts on the wire, as the barrage server receives it.
 TEST_F(CatalogueBarrage, SlotTwentySixSendsTheCataloguesValue) {
     struct Case {
