@@ -12,7 +12,7 @@
 #include "tolvane/room_records.h"
 #include "tolvane/service_observer.h"
 
-class IVxLiveRoomInfo;  // the gift and resource catalogue; opaque to the host
+class IVxLiveRoomInfo;  // the gift and resource catalogue: tolvane/i_vx_live_room_info.h
 
 // The service as the host sees it. The order of declaration is the binary contract:
 // never insert, remove or reorder an operation. Operations returning int32_t give a

@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include "halyard/login_request.h"
+#include "liveroom/vx_live_room_info.h"
 #include "parse/reply_texts.h"
 #include "parse/result_codes.h"
 #include "service/log_writer.h"
@@ -77,7 +78,7 @@ int32_t VxNetServiceImp::login_third_party(const std::string& longToken,
     logBanner("login_third_party");
     tokenInfo_ = tokenInfo;
     if (!tokenInfo_.uid.empty()) {
-        currentUserId_ = std::atoi(tokenInfo_.uid.c_str());
+        liveRoomInfo_->setCurrentUserId(std::atoi(tokenInfo_.uid.c_str()));
     }
     longToken_ = longToken;
     std::string errorMessage;

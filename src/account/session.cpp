@@ -2,6 +2,7 @@
 #include <QJsonObject>
 #include <cstdlib>
 
+#include "liveroom/vx_live_room_info.h"
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
 #include "service/log_writer.h"
@@ -107,7 +108,7 @@ int32_t VxNetServiceImp::storeLogin(int32_t parseResult, std::string& errorMessa
         return parseResult;
     }
     if (!tokenInfo_.uid.empty()) {
-        currentUserId_ = std::atoi(tokenInfo_.uid.c_str());  // leading digits, 0 when none
+        liveRoomInfo_->setCurrentUserId(std::atoi(tokenInfo_.uid.c_str()));  // leading digits
     }
     longToken_ = longTokenOut;
     const int32_t userInfo = initUserInfo(errorMessage);
@@ -151,7 +152,7 @@ void VxNetServiceImp::logout() {
     logoutBarrage();
     tokenInfo_ = ShortTokenInfo();
     longToken_.clear();
-    currentUserId_ = 0;
+    liveRoomInfo_->clear();
     pushAddresses_.clear();
     parser_.reset();
 }

@@ -1,6 +1,7 @@
 // The service's barrage operations: starting the room connection and the slots it forwards
 // to the barrage client.
 #include "barrage/vx_room_client.h"
+#include "liveroom/vx_live_room_info.h"
 #include "service/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
@@ -10,12 +11,6 @@ constexpr int32_t kNoRoom = -1;
 constexpr int32_t kBarrageClientType = 13;
 constexpr int32_t kBarrageLoginMode = 3;
 constexpr int32_t kBarrageParameterNumber = 13;
-
-// The live room information store translates a gift into the value the barrage server
-// expects; until that store exists every gift goes out with 0.
-int32_t giftValueFromStore(int32_t giftId, int32_t kind, int32_t count) {
-    return 0;
-}
 
 }  // namespace
 
@@ -35,7 +30,7 @@ void VxNetServiceImp::barrageLoginCall(int32_t giftId, int32_t kind, int32_t cou
     if (!roomClient_->hasMessageClient()) {
         return;
     }
-    roomClient_->sendGift(giftValueFromStore(giftId, kind, count), giftId, count);
+    roomClient_->sendGift(liveRoomInfo_->resolveSendValue(giftId, kind, count), giftId, count);
 }
 
 // slot 40

@@ -12,8 +12,6 @@ using tolvane::net::HostKind;
 using tolvane::net::HttpMethod;
 using tolvane::net::registerOperation;
 
-constexpr int32_t kNoRoom = -1;
-
 // "my_room" answers the room information, the push line of slot 3 and the live state alike.
 const tolvane::net::OperationRow& kRoomInfoRequest =
     registerOperation(baseRow("requestRoomInfo", HttpMethod::Post, BaseKind::ContentV1, "my_room")
@@ -51,11 +49,6 @@ int32_t VxNetServiceImp::initRoomInfo(QList<ServerAddress>& servers) {
     return 0;
 }
 
-void VxNetServiceImp::onRoomInfoLoaded() {
-    // The live room information store will copy anchor level, vip id and room id from here
-    // once it exists; until then nothing else keeps a copy of the room information.
-}
-
 int32_t VxNetServiceImp::getGatewayList(QList<ServerAddress>& servers) {
     return runOperation(kGatewayList, ParamList(), nullptr, [&](const QByteArray& reply) {
         std::string errorMessage;
@@ -86,13 +79,6 @@ void VxNetServiceImp::getRoomRecord(RoomSummary& room) {
     room.childName = info.childName;
     room.roomFlag = roomFlag_;
     room.cateId = info.cateId;
-}
-
-// slot 49
-int32_t VxNetServiceImp::loadGiftTables() {
-    // The gift and prop tables arrive with the live room information store; without a room
-    // there is nothing to load them for.
-    return parser_.roomInfo().roomId == kNoRoom ? 1 : 0;
 }
 
 // slot 53

@@ -2,6 +2,7 @@
 // describes or composes itself.
 #include <QUrlQuery>
 
+#include "liveroom/vx_live_room_info.h"
 #include "net/session_text.h"
 #include "net/vx_net_request.h"
 #include "service/log_writer.h"
@@ -58,6 +59,7 @@ void VxNetServiceImp::getUserDevice(std::string& userDevice) {
 // slot 95
 void VxNetServiceImp::setProxy(const std::string& proxy) {
     request_->setProxy(proxy);
+    liveRoomInfo_->takeRequestSettings();
 }
 
 // slot 96

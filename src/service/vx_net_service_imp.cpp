@@ -6,6 +6,7 @@
 #include "barrage/vx_room_client.h"
 #include "halyard/client_setup.h"
 #include "halyard/login_request.h"
+#include "liveroom/vx_live_room_info.h"
 #include "net/easy_net_manager.h"
 #include "net/param_list.h"
 #include "net/session_text.h"
@@ -34,6 +35,8 @@ VxNetServiceImp::VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* brea
     qtClient_ = new EasyNetManager();
     request_ = new VxNetRequest(environment_, breadcrumbSink_, this);
     request_->setDeviceHeader(tolvane::net::userDeviceValue(deviceId_, clientVersion_));
+    liveRoomInfo_ = std::make_shared<VxLiveRoomInfo>(request_, &parser_);
+    liveRoomInfo_->setClientVersion(clientVersion_);
     // The module never follows the system's proxy settings; slot 95 sets its own.
     QNetworkProxyFactory::setUseSystemConfiguration(false);
     timer_ = new QTimer(this);
@@ -55,6 +58,7 @@ VxNetServiceImp::~VxNetServiceImp() {
     roomClient_ = nullptr;
     delete request_;
     request_ = nullptr;
+    liveRoomInfo_.reset();
     requestLog_.close();
 }
 
@@ -111,6 +115,7 @@ void VxNetServiceImp::setClientVersion(const std::string& deviceId, const std::s
     if (request_ != nullptr) {
         request_->setDeviceHeader(tolvane::net::userDeviceValue(deviceId_, clientVersion_));
     }
+    liveRoomInfo_->setClientVersion(version);
 }
 
 // slot 33
@@ -205,6 +210,10 @@ int32_t VxNetServiceImp::onShowEnd(int32_t reason, int32_t banHours) {
 }
 
 int32_t VxNetServiceImp::onBarrageMessage(const BarrageMessage* message) {
+    if (message != nullptr) {
+        // Only queues a fetch for an unknown gift or prop; the host gets the message at once.
+        liveRoomInfo_->noteBarrageMessage(*message);
+    }
     if (ServiceObserver* observer = observer_.load()) {
         observer->onBarrageMessage(message);
     }

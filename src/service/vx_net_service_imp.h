@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,7 @@ struct PreparedRequest;
 class LoginRequest;
 class VxNetRequest;
 class VxRoomClient;
+class VxLiveRoomInfo;
 struct LoginInfo;
 struct RemoteLoginInfo;
 
@@ -299,8 +301,8 @@ private:
     uint8_t liveByteFlags_[3] = {0, 0, 0};
     LoginRequest* loginClient_ = nullptr;
     int32_t barrageProtocolNumber_ = 20180809;
-    // Stand-in for the catalogue store's current user id until that store arrives.
-    int32_t currentUserId_ = 0;
+    // The gift and resource catalogue; slot 94 hands it out, so it lives as long as the service.
+    std::shared_ptr<VxLiveRoomInfo> liveRoomInfo_;
     LiveParameters liveParameters_;
     // Values the barrage client last reported; written on its thread, read on the host's.
     std::atomic<int32_t> onlineCount_{0};

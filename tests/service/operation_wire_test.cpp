@@ -5,7 +5,9 @@
 #include <QStringList>
 #include <algorithm>
 
+#include "liveroom/vx_live_room_info.h"
 #include "support/sim_service_fixture.h"
+#include "support/wait.h"
 
 namespace {
 
@@ -54,6 +56,9 @@ TEST_F(OperationWire, RequestsMatchTheRecordedOnes) {
 
     // One call of every operation that builds its own request.
     ASSERT_TRUE(service().refreshUserInfo(error)) << error;  // profile, then the barrage start-up
+    // The catalogue's resource files load on its own thread; their turn in the file is here.
+    ASSERT_TRUE(waitUntil(
+        [&] { return !static_cast<VxLiveRoomInfo*>(service().getLiveRoomInfo())->fetching(); }));
     bool live = false, showType = false;
     service().getRoomState(live, showType);
     service().stop();

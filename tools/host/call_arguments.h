@@ -56,5 +56,7 @@ void addRoomSettingsCalls(const AddCall& add);
 void addAnchorCalls(const AddCall& add);
 // operation_calls_account_codes.cpp: SMS codes, phone binding, QR login, app authorisation.
 void addAccountCodeCalls(const AddCall& add);
+// operation_calls_catalogue.cpp: the gift and resource catalogue (slots 26, 49 and 94).
+void addCatalogueCalls(const AddCall& add);
 
 }  // namespace host_calls

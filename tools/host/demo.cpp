@@ -45,6 +45,7 @@ bool DemoRoad::runEvents(int milliseconds, const std::function<bool()>& done) {
 void DemoRoad::run() {
     step(QStringLiteral("simulator"), QString::fromStdString(sim_.environment().origin()));
     if (logIn() && showRoom()) {
+        showGiftCatalogue();
         goLive();
     }
 }
@@ -121,6 +122,12 @@ void DemoRoad::followBarrage() {
     for (int i = 0; i < sim_.barrageServerCount(); ++i) {
         sim_.barrageServer(i).setGeneratorRate(0);
     }
+    // A gift first seen in the feed is printed once the catalogue has fetched its name.
+    runEvents(1000, [this] { return !observer_.namedLater().isEmpty(); });
+    observer_.flushUnnamedGifts();
+    step(QStringLiteral("gifts named mid-stream"),
+         observer_.namedLater().join(QStringLiteral(", ")));
+    sendGift();
     std::vector<std::string> latest;
     service_.barrageListCall(latest);
     step(QStringLiteral("online count"), QString::number(service_.getOnlineCount()));
@@ -148,8 +155,11 @@ int runDemo(CreateNetServiceFunction createNetService, PrintingObserver& observe
         out << "CreateNetService returned null" << Qt::endl;
         return 1;
     }
+    // The feed prints gifts by name from the module's catalogue.
+    observer.setCatalogue(service->getLiveRoomInfo());
     DemoRoad road(*service, sim, observer, out);
     road.run();
+    observer.setCatalogue(nullptr);
     service->stop();
     road.step(QStringLiteral("stop"), QStringLiteral("done"));
     service->release();

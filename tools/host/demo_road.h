@@ -42,6 +42,10 @@ private:
     // demo_qr_login.cpp: a QR login that the simulator confirms, then a logout.
     bool showQrLogin();
 
+    // demo_catalogue.cpp: the room's gifts, props and resource files, and a gift sent.
+    void showGiftCatalogue();
+    void sendGift();
+
     // demo_live.cpp: category, tags, push lines and the show itself.
     void goLive();
     void showCategoryTree();

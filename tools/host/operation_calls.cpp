@@ -252,6 +252,7 @@ QVector<OperationCall> buildCalls() {
     addRoomSettingsCalls(add);
     addAnchorCalls(add);
     addAccountCodeCalls(add);
+    addCatalogueCalls(add);
     return calls;
 }
 

@@ -33,9 +33,18 @@ void PrintingObserver::onBarrageMessage(const BarrageMessage* message) {
     QMutexLocker lock(&mutex_);
     if (message->typeName == "chatmsg") {
         out_ << "  [chat] " << item("nn") << ": " << item("txt") << Qt::endl;
-    } else if (message->typeName == "gift") {
-        out_ << "  [gift] user " << item("uid") << " sent gift " << item("gid") << " x"
-             << item("gc") << Qt::endl;
+    } else if (message->typeName == "gift" || message->typeName == "prop") {
+        const bool isProp = message->typeName == "prop";
+        const QString sender =
+            item("nn").isEmpty() ? QStringLiteral("user ") + item("uid") : item("nn");
+        const HeldGift gift{isProp, item(isProp ? "pid" : "gid").toInt(), sender,
+                            item(isProp ? "pc" : "gc")};
+        const QString name = itemName(isProp, gift.id);
+        if (name.isEmpty()) {
+            held_.push_back(gift);
+        } else {
+            printGift(gift, name, false);
+        }
     } else {
         ++counted_[message->typeName];
     }
@@ -58,4 +67,69 @@ void PrintingObserver::onBreadcrumb(const VxBreadcrumb<VxBreadcrumb_Http>& crumb
     QMutexLocker lock(&mutex_);
     out_ << "  [http] " << QString::fromStdString(crumb.part.method) << ' '
          << QString::fromStdString(crumb.part.url) << " -> " << crumb.part.statusCode << Qt::endl;
+}
+
+QString PrintingObserver::itemName(bool isProp, int32_t id) const {
+    IVxLiveRoomInfo* catalogue = catalogue_.load();
+    if (catalogue == nullptr) {
+        return QString();
+    }
+    if (isProp) {
+        VxPropRecord prop;
+        return catalogue->findProp(id, prop) ? QString::fromStdString(prop.name) : QString();
+    }
+    VxGiftRecord gift;
+    return catalogue->findGift(id, gift) ? QString::fromStdString(gift.name) : QString();
+}
+
+void PrintingObserver::printGift(const HeldGift& gift, const QString& name, bool late) {
+    out_ << "  [gift] " << gift.sender << " sent " << gift.count << QStringLiteral(" \u00d7 ")
+         << name;
+    if (late) {
+        out_ << " (named once the catalogue fetched it)";
+    }
+    out_ << Qt::endl;
+}
+
+void PrintingObserver::onTableChanged(VxCatalogueTable table) {
+    if (table != VxCatalogueTable::Gifts && table != VxCatalogueTable::Props) {
+        return;
+    }
+    QMutexLocker lock(&mutex_);
+    for (auto it = held_.begin(); it != held_.end();) {
+        const QString name = itemName(it->isProp, it->id);
+        if (name.isEmpty()) {
+            ++it;
+            continue;
+        }
+        printGift(*it, name, true);
+        if (!namedLater_.contains(name)) {
+            namedLater_ << name;
+        }
+        it = held_.erase(it);
+    }
+}
+
+void PrintingObserver::setCatalogue(IVxLiveRoomInfo* catalogue) {
+    IVxLiveRoomInfo* previous = catalogue_.exchange(catalogue);
+    if (previous != nullptr) {
+        previous->removeObserver(this);
+    }
+    if (catalogue != nullptr) {
+        catalogue->addObserver(this);
+    }
+}
+
+void PrintingObserver::flushUnnamedGifts() {
+    QMutexLocker lock(&mutex_);
+    for (const HeldGift& gift : held_) {
+        printGift(gift, QStringLiteral("%1 %2").arg(gift.isProp ? "prop" : "gift").arg(gift.id),
+                  false);
+    }
+    held_.clear();
+}
+
+QStringList PrintingObserver::namedLater() {
+    QMutexLocker lock(&mutex_);
+    return namedLater_;
 }

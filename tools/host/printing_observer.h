@@ -1,17 +1,22 @@
 #pragma once
 
 #include <QMutex>
+#include <QStringList>
 #include <QTextStream>
 #include <atomic>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "tolvane/breadcrumb.h"
+#include "tolvane/i_vx_live_room_info.h"
 #include "tolvane/service_observer.h"
 
 // The host's side of the callbacks: prints what the module reports. Barrage events arrive
-// on the module's threads, so output is serialised.
-class PrintingObserver : public ServiceObserver, public BreadcrumbSink {
+// on the module's threads, so output is serialised. Gifts and props are printed by name from
+// the module's catalogue; one the catalogue does not know yet is held back until the catalogue
+// reports that it has fetched it.
+class PrintingObserver : public ServiceObserver, public BreadcrumbSink, public IVxDataSubject {
 public:
     explicit PrintingObserver(QTextStream& out) : out_(out) {}
     virtual ~PrintingObserver() = default;
@@ -21,6 +26,16 @@ public:
     void onShowEnd(int32_t reason, float banHours) override;
     void onBarrageMessage(const BarrageMessage* message) override;
     void onBreadcrumb(const VxBreadcrumb<VxBreadcrumb_Http>& crumb) override;
+    void onTableChanged(VxCatalogueTable table) override;
+    void onRoomChanged(int32_t roomId) override {}
+
+    // Registers with the service's catalogue; null unregisters (before the service goes).
+    // Not to be called from one of the observer's own callbacks.
+    void setCatalogue(IVxLiveRoomInfo* catalogue);
+    // Prints the gifts still waiting for a name, by id, and forgets them.
+    void flushUnnamedGifts();
+    // Names of the items that were printed only after the catalogue fetched them.
+    QStringList namedLater();
 
     void setVerboseBreadcrumbs(bool verbose) { verboseBreadcrumbs_ = verbose; }
     int breadcrumbCount() const { return breadcrumbs_.load(); }
@@ -31,6 +46,16 @@ public:
     QString summary();
 
 private:
+    struct HeldGift {
+        bool isProp;
+        int32_t id;
+        QString sender;
+        QString count;
+    };
+    // Under mutex_: the item's name, or empty when the catalogue does not know it.
+    QString itemName(bool isProp, int32_t id) const;
+    void printGift(const HeldGift& gift, const QString& name, bool late);
+
     QTextStream& out_;
     QMutex mutex_;
     std::atomic<int> breadcrumbs_{0};
@@ -39,4 +64,7 @@ private:
     std::atomic<int> showEnds_{0};
     std::map<std::string, int> counted_;  // guarded by mutex_
     bool verboseBreadcrumbs_ = false;
+    std::atomic<IVxLiveRoomInfo*> catalogue_{nullptr};
+    std::vector<HeldGift> held_;  // guarded by mutex_
+    QStringList namedLater_;      // guarded by mutex_
 };

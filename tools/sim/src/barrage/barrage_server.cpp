@@ -244,7 +244,10 @@ std::string BarrageServer::generatedMessage(int32_t roomId) {
                                       "viewer" + std::to_string(step % 50),
                                       "message " + std::to_string(seq));
         case 1:
-            return BarrageTexts::gift(seq, roomId, 2000 + step % 50, 100 + step % 7, 1 + step % 3);
+            // Gift 106 is missing from the room's gift template, so hosts meet it mid-stream.
+            return BarrageTexts::gift(seq, roomId, 2000 + step % 50,
+                                      "viewer" + std::to_string(step % 50), 100 + step % 7,
+                                      1 + (step / 6) % 3);
         case 2:
             return BarrageTexts::ranking(kRankings[(step / 6) % std::size(kRankings)], seq, roomId,
                                          sampleEntries(seq));

@@ -66,15 +66,29 @@ std::string BarrageTexts::chat(int32_t seq, int32_t roomId, int32_t userId,
                    {vxwire::kText, text}});
 }
 
-std::string BarrageTexts::gift(int32_t seq, int32_t roomId, int32_t userId, int32_t giftId,
-                               int32_t count) {
-    return encode({{vxwire::kType, vxwire::kGift},
+std::string BarrageTexts::gift(int32_t seq, int32_t roomId, int32_t userId,
+                               const std::string& nickname, int32_t giftId, int32_t count,
+                               int32_t skinId) {
+    Items items = {{vxwire::kType, vxwire::kGift},    {vxwire::kSequence, number(seq)},
+                   {vxwire::kRoomId, number(roomId)}, {vxwire::kUserId, number(userId)},
+                   {vxwire::kTimestamp, now()},       {vxwire::kNickname, nickname},
+                   {"gid", number(giftId)},           {"gc", number(count)}};
+    if (skinId != 0) {
+        items.push_back({"skin", number(skinId)});
+    }
+    return encode(items);
+}
+
+std::string BarrageTexts::prop(int32_t seq, int32_t roomId, int32_t userId,
+                               const std::string& nickname, int32_t propId, int32_t count) {
+    return encode({{vxwire::kType, "prop"},
                    {vxwire::kSequence, number(seq)},
                    {vxwire::kRoomId, number(roomId)},
                    {vxwire::kUserId, number(userId)},
                    {vxwire::kTimestamp, now()},
-                   {"gid", number(giftId)},
-                   {"gc", number(count)}});
+                   {vxwire::kNickname, nickname},
+                   {"pid", number(propId)},
+                   {"pc", number(count)}});
 }
 
 std::string BarrageTexts::ranking(const std::string& type, int32_t seq, int32_t roomId,

@@ -22,8 +22,12 @@ public:
     static std::string keepAliveReply(int32_t seq, int32_t tick, int32_t online, int32_t hot);
     static std::string chat(int32_t seq, int32_t roomId, int32_t userId,
                             const std::string& nickname, const std::string& text);
-    static std::string gift(int32_t seq, int32_t roomId, int32_t userId, int32_t giftId,
-                            int32_t count);
+    static std::string gift(int32_t seq, int32_t roomId, int32_t userId,
+                            const std::string& nickname, int32_t giftId, int32_t count,
+                            int32_t skinId = 0);
+    // A viewer used a prop; hosts look its name up in the catalogue as for gifts.
+    static std::string prop(int32_t seq, int32_t roomId, int32_t userId,
+                            const std::string& nickname, int32_t propId, int32_t count);
     // A ranking such as "dayrk"; "fansrk" also carries the fans brand.
     static std::string ranking(const std::string& type, int32_t seq, int32_t roomId,
                                const std::vector<RankEntry>& entries,

@@ -5,6 +5,7 @@
 #include "platform/sim_anchor_query_service.h"
 #include "platform/sim_category_service.h"
 #include "platform/sim_content_service.h"
+#include "platform/sim_gift_catalogue.h"
 #include "platform/sim_live_service.h"
 #include "platform/sim_passport_service.h"
 #include "platform/sim_room_service.h"
@@ -23,6 +24,7 @@ SimPlatform::SimPlatform(const QString& folder, SimEnvironment::Options options)
     addFeedbackRoutes(http(), state_, feedback_);
     addAnchorQueryRoutes(http(), state_);
     addRoomSettingsRoutes(http(), state_);
+    addGiftRoutes(http());
     state_.liveState().setShowEndedListener([this](int) { announceShowEnd(); });
 }
 

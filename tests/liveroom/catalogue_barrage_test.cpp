@@ -1,0 +1,193 @@
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "barrage/barrage_server.h"
+#include "barrage/barrage_texts.h"
+#include "liveroom/recording_subject.h"
+#include "liveroom/vx_live_room_info.h"
+#include "platform/sim_gift_catalogue.h"
+#include "platform/sim_platform.h"
+#include "service/vx_net_service_imp.h"
+#include "support/recording_observer.h"
+#include "support/scoped_env.h"
+#include "support/wait.h"
+
+namespace {
+
+namespace catalogue = tolvane::sim::gift_catalogue;
+using Records = std::vector<sim::BarrageConnectionRecord>;
+using namespace std::chrono_literals;
+
+constexpr const char* kSingleGiftPath = "/api/gift/v2/web/single";
+constexpr const char* kSinglePropPath = "/api/prop/v1/web/single";
+constexpr int32_t kViewer = 2012;
+
+// A logged-in service with its barrage connection up and the room's catalogue loaded.
+class CatalogueBarrage : public ::testing::Test {
+protected:
+    void SetUp() override {
+        sim_ = std::make_unique<tolvane::sim::SimPlatform>(workspace_.path());
+        ASSERT_TRUE(sim_->start());
+        ASSERT_TRUE(sim_->startBarrageServers(1));
+        service_ = std::make_unique<VxNetServiceImp>(&observer_, nullptr);
+        std::string error, token;
+        ASSERT_EQ(service_->login("anchor", "secret123", error, token), 0) << error;
+        ASSERT_EQ(service_->startBarrage(), 0);
+        ASSERT_TRUE(waitUntil([&] { return !observer_.events("status ").empty(); }, 5000));
+    }
+    void TearDown() override {
+        service_.reset();
+        sim_.reset();
+    }
+
+    IVxLiveRoomInfo& store() { return *service_->getLiveRoomInfo(); }
+    sim::BarrageServer& server() { return sim_->barrageServer(0); }
+    std::size_t requestsTo(const char* path) { return sim_->http().requestLog().to(path).size(); }
+    std::string giftText(int32_t giftId, int32_t skinId = 0) {
+        return sim::BarrageTexts::gift(server().nextSequence(), service_->getRoomId(), kViewer,
+                                       "viewer12", giftId, 3, skinId);
+    }
+
+    IsolatedWorkspace workspace_;
+    RecordingObserver observer_;
+    std::unique_ptr<tolvane::sim::SimPlatform> sim_;
+    std::unique_ptr<VxNetServiceImp> service_;
+};
+
+// A thousand messages in about a second name a gift the template lacks; the gift service is
+// slow to answer. Every message reaches the host at once, and the gift is fetched once.
+TEST_F(CatalogueBarrage, AnUnknownGiftIsFetchedOnceWithoutHoldingUpTheFeed) {
+    constexpr int kMessages = 1000;
+    const int32_t lateGift = catalogue::kLateGift;
+    VxGiftRecord gift;
+    ASSERT_FALSE(store().findGift(lateGift, gift));
+    sim_->http().setFault(kSingleGiftPath, tolvane::sim::SimFault::delay(4000));
+
+    for (int i = 0; i < kMessages; ++i) {
+        server().sendText(giftText(lateGift));
+        if (i % 10 == 9) {
+            std::this_thread::sleep_for(10ms);
+        }
+    }
+    ASSERT_TRUE(waitUntil(
+        [&] { return observer_.events("message gift").size() == std::size_t{kMessages}; }, 8000));
+    EXPECT_FALSE(store().findGift(lateGift, gift)) << "the feed waited for the fetch";
+
+    ASSERT_TRUE(waitUntil([&] { return store().findGift(lateGift, gift); }, 8000));
+    EXPECT_EQ(gift.name, "Comet");
+    EXPECT_EQ(requestsTo(kSingleGiftPath), 1u);
+    const auto request = sim_->http().requestLog().to(kSingleGiftPath).front();
+    EXPECT_EQ(request.queryValue("gid"), std::to_string(lateGift));
+    EXPECT_EQ(request.queryValue("skinId"), "0");
+
+    // Known now: more messages fetch nothing.
+    server().sendText(giftText(lateGift));
+    ASSERT_TRUE(waitUntil(
+        [&] { return observer_.events("message gift").size() == std::size_t{kMessages + 1}; }));
+    EXPECT_EQ(requestsTo(kSingleGiftPath), 1u);
+}
+
+TEST_F(CatalogueBarrage, UnknownSkinsAndPropsAreFetchedToo) {
+    RecordingSubject subject;
+    store().addObserver(&subject);
+    // Gift 100 is in the template, but skin 1061 belongs to a gift it lacks.
+    server().sendText(giftText(catalogue::kFirstTemplateGift));
+    server().sendText(giftText(catalogue::kLateGift, 1061));
+    server().sendText(sim::BarrageTexts::prop(server().nextSequence(), service_->getRoomId(),
+                                              kViewer, "viewer12", catalogue::kLateProp, 1));
+    VxGiftSkinRecord skin;
+    VxPropRecord prop;
+    ASSERT_TRUE(waitUntil([&] {
+        return store().findGiftSkin(1061, skin) && store().findProp(catalogue::kLateProp, prop);
+    }));
+    EXPECT_EQ(skin.giftId, catalogue::kLateGift);
+    EXPECT_EQ(prop.name, "Lucky charm");
+    EXPECT_EQ(requestsTo(kSingleGiftPath), 1u);
+    EXPECT_EQ(sim_->http().requestLog().to(kSingleGiftPath).front().queryValue("skinId"), "1061");
+    EXPECT_EQ(sim_->http().requestLog().to(kSinglePropPath).front().queryValue("pid"),
+              std::to_string(catalogue::kLateProp));
+    EXPECT_TRUE(subject.heard("table 0"));
+    EXPECT_TRUE(subject.heard("table 2"));
+    store().removeObserver(&subject);
+}
+
+TEST_F(CatalogueBarrage, AFailedFetchIsRetriedAfterADelayNotOnTheNextMessage) {
+    auto& room = static_cast<VxLiveRoomInfo&>(store());
+    tolvane::liveroom::FetchQueue::Policy policy;
+    policy.firstRetry = 300ms;
+    policy.longestRetry = 60s;
+    policy.attempts = 2;
+    room.setFetchPolicy(policy);
+    sim_->http().setFault(kSingleGiftPath, tolvane::sim::SimFault::httpStatus(503));
+
+    // Messages keep naming the gift through two failures and the rest that follows.
+    for (int i = 0; i < 60; ++i) {
+        server().sendText(giftText(107));
+        std::this_thread::sleep_for(20ms);
+    }
+    ASSERT_TRUE(waitUntil([&] { return observer_.events("message gift").size() == 60; }));
+    EXPECT_EQ(requestsTo(kSingleGiftPath), 2u);
+
+    // A one-off failure is forgotten once the retry succeeds.
+    sim_->http().clearFaults();
+    sim_->http().setFault(kSingleGiftPath, tolvane::sim::SimFault::httpStatus(503).oneShot());
+    server().sendText(giftText(catalogue::kLateGift));
+    VxGiftRecord gift;
+    EXPECT_TRUE(waitUntil([&] { return store().findGift(catalogue::kLateGift, gift); }, 5000));
+    EXPECT_EQ(requestsTo(kSingleGiftPath), 4u);
+}
+
+TEST_F(CatalogueBarrage, AFetchUnderWayAtLogoutStoresNothing) {
+    sim_->http().setFault(kSingleGiftPath, tolvane::sim::SimFault::delay(800));
+    server().sendText(giftText(catalogue::kLateGift));
+    ASSERT_TRUE(waitUntil([&] { return requestsTo(kSingleGiftPath) == 1; }));
+    service_->logout();
+    auto& room = static_cast<VxLiveRoomInfo&>(store());
+    ASSERT_TRUE(waitUntil([&] { return !room.fetching(); }));
+    VxGiftRecord gift;
+    EXPECT_FALSE(store().findGift(catalogue::kLateGift, gift));
+    EXPECT_TRUE(store().gifts().empty());
+}
+
+// What slot 26 puts on the wire, as the barrage server receives it.
+TEST_F(CatalogueBarrage, SlotTwentySixSendsTheCataloguesValue) {
+    struct Case {
+        int32_t id;
+        int32_t kind;
+        int32_t count;
+        int32_t value;
+    };
+    // Rocket costs 500, the Noble pass 100; 999 is unknown, kind 7 is no kind.
+    const std::vector<Case> cases = {
+        {103, kVxSendGift, 3, 1500},
+        {301, kVxSendProp, 2, 200},
+        {999, kVxSendGift, 1, 0},
+        {103, 7, 1, 0},
+    };
+    const std::string room = std::to_string(service_->getRoomId());
+    for (const Case& c : cases) {
+        service_->barrageLoginCall(c.id, c.kind, c.count);
+    }
+    ASSERT_TRUE(server().waitUntil(
+        [&](const Records& r) { return !r.empty() && r[0].gifts.size() == cases.size(); }, 5s));
+    const std::vector<std::string> sent = server().connections()[0].gifts;
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        const Case& c = cases[i];
+        EXPECT_EQ(sent[i], "type=giftsend;ga1=1;ga2=" + room + ";ga3=2;ga4=" +
+                               std::to_string(c.value) + ";ga5=" + std::to_string(c.id) +
+                               ";ga6=" + std::to_string(c.count) + ";ga7=;");
+    }
+
+    // Without a barrage client nothing is sent.
+    service_->logout();
+    service_->barrageLoginCall(103, kVxSendGift, 1);
+    std::this_thread::sleep_for(200ms);
+    EXPECT_EQ(server().connections()[0].gifts.size(), cases.size());
+}
+
+}  // namespace

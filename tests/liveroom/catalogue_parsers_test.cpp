@@ -1,0 +1,95 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "liveroom/catalogue_parsers.h"
+#include "parse/data_parser.h"
+#include "support/scoped_env.h"
+
+namespace {
+
+using namespace tolvane::liveroom;
+
+class CatalogueParsers : public ::testing::Test {
+protected:
+    IsolatedWorkspace workspace_;  // the parsers log
+    DataParser parser_;
+};
+
+TEST_F(CatalogueParsers, GiftListKeepsUsableEntriesAndSplitsOutSkins) {
+    const QByteArray reply = R"({"error":0,"data":{"list":[
+        {"id":100,"name":"Rose","price":"10","icon":"r.png","skins":[{"id":1001,"name":"Gold"},
+                                                                    {"id":0,"name":"no id"}]},
+        {"id":"101","name":"Stick","price":20},
+        {"name":"no id at all","price":5},
+        {"id":-3,"name":"negative"},
+        "not an object",
+        {"id":102,"price":"lots"}]}})";
+    std::vector<VxGiftRecord> gifts;
+    std::vector<VxGiftSkinRecord> skins;
+    ASSERT_EQ(parseGiftList(parser_, reply, gifts, skins), 0);
+    ASSERT_EQ(gifts.size(), 3u);
+    EXPECT_EQ(gifts[0].name, "Rose");
+    EXPECT_EQ(gifts[0].price, 10);  // prices may come as text
+    EXPECT_EQ(gifts[0].skinIds, std::vector<int32_t>{1001});
+    EXPECT_EQ(gifts[1].id, 101);
+    EXPECT_EQ(gifts[2].price, 0);
+    ASSERT_EQ(skins.size(), 1u);
+    EXPECT_EQ(skins[0].giftId, 100);
+    EXPECT_EQ(skins[0].name, "Gold");
+}
+
+TEST_F(CatalogueParsers, RefusedRepliesGiveTheirCodes) {
+    struct Case {
+        const char* name;
+        QByteArray reply;
+        int expected;
+    };
+    const std::vector<Case> cases = {
+        {"server code passes", R"({"error":1404,"data":"item not found"})", 1404},
+        {"session code mapped", R"({"error":606,"data":"expired"})", 220},
+        {"no data object", R"({"error":0,"data":[1,2]})", 1},
+        {"not JSON", "<html>", DataParser::kReplyNotJson},
+        {"single entry without id", R"({"error":0,"data":{"name":"x"}})", 1},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        VxGiftRecord gift;
+        std::vector<VxGiftSkinRecord> skins;
+        EXPECT_EQ(parseSingleGift(parser_, c.reply, gift, skins), c.expected);
+        VxPropRecord prop;
+        EXPECT_EQ(parseSingleProp(parser_, c.reply, prop), c.expected);
+    }
+}
+
+TEST_F(CatalogueParsers, ResourceFilesAreUnwrappedAndKeyedByTheirOwnIdKey) {
+    const QByteArray wrapped =
+        R"(VXConfigCallback({"error":0,"data":{"list":[)"
+        R"({"noble_level":2,"name":"Viscount","icon":"v.png","effect":"fly"},)"
+        R"({"level":9,"name":"keyed by the wrong key"}]}}))";
+    std::vector<VxResourceRecord> records;
+    ASSERT_EQ(parseResourceFile(parser_, wrapped, "noble_level", records), 0);
+    ASSERT_EQ(records.size(), 1u);
+    EXPECT_EQ(records[0].id, 2);
+    EXPECT_EQ(records[0].name, "Viscount");
+    // Fields the store has no column for stay readable.
+    EXPECT_NE(records[0].json.find(R"("effect":"fly")"), std::string::npos);
+
+    // Without its callback the file is not what the configuration service serves.
+    records.clear();
+    EXPECT_NE(parseResourceFile(parser_, R"({"error":0,"data":{"list":[]}})", "id", records), 0);
+}
+
+TEST_F(CatalogueParsers, AHugeListIsCutAtTheLimit) {
+    QByteArray reply = R"({"error":0,"data":{"list":[)";
+    for (int i = 1; i <= kMaxCatalogueEntries + 5; ++i) {
+        reply += (i > 1 ? "," : "") + QByteArray(R"({"id":)") + QByteArray::number(i) + "}";
+    }
+    reply += "]}}";
+    std::vector<VxPropRecord> props;
+    ASSERT_EQ(parsePropList(parser_, reply, props), 0);
+    EXPECT_EQ(props.size(), static_cast<std::size_t>(kMaxCatalogueEntries));
+}
+
+}  // namespace
