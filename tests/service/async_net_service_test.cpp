@@ -235,9 +235,17 @@ TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellation) {
     });
     QFuture<std::string> appId =
         net.post([](ILiveencoderNetService& service) { return std::string(service.getAppId()); });
+    // Operations without a result answer with nothing.
+    QFuture<void> proxySet =
+        net.post([](ILiveencoderNetService& service) { service.setProxy(""); });
+    net.post([](ILiveencoderNetService& service) { service.setProxy(""); }, &context,
+             [this] { record("void answered"); });
     ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
     cancelled.cancel();
 
+    ASSERT_TRUE(spinUntil([&] { return happened("void answered"); }));
+    EXPECT_TRUE(proxySet.isFinished());
+    EXPECT_FALSE(proxySet.isCanceled());
     appId.waitForFinished();
     ASSERT_FALSE(appId.isCanceled());
     EXPECT_EQ(appId.result(), "vxtool");
