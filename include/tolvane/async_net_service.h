@@ -1,15 +1,20 @@
 #pragma once
 
+#include <QCoreApplication>
+#include <QEvent>
+#include <QEventLoop>
 #include <QFuture>
 #include <QFutureInterface>
-#include <QMetaObject>
 #include <QObject>
 #include <QThread>
 #include <atomic>
+#include <condition_variable>
+#include <deque>
 #include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <type_traits>
 #include <utility>
 
@@ -26,55 +31,34 @@ namespace tolvane {
 //              [window](int32_t roomId) { window->showRoom(roomId); });
 //
 // Operations run one at a time in the order they were posted, as the service requires.
-// Construct and destroy the object on a thread with a running Qt application, never from inside
-// an operation (the destructor waits for the service thread).
+// Construct and destroy the object while a Qt application exists, never from inside an
+// operation (the destructor waits for the service thread). Every hand-over between threads goes
+// through this object's own locks, so that ThreadSanitizer sees it.
 class AsyncNetService {
 public:
     // Starts the thread and creates the service on it; isValid() tells whether that worked.
     AsyncNetService(CreateNetServiceFunction create, ServiceObserver* observer,
-                    BreadcrumbSink* sink)
-        : worker_(new QObject) {
-        thread_.setObjectName(QStringLiteral("tolvane-service"));
-        worker_->moveToThread(&thread_);
-        thread_.start();
-        // The service binds its timers and replies to the thread that creates it.
-        QMetaObject::invokeMethod(
-            worker_.get(),
-            [this, create, observer, sink] {
-                ILiveencoderNetService* service =
-                    create != nullptr ? create(observer, sink) : nullptr;
-                std::lock_guard<std::mutex> lock(mutex_);
-                service_ = service;
-            },
-            Qt::BlockingQueuedConnection);
-        std::lock_guard<std::mutex> lock(mutex_);
+                    BreadcrumbSink* sink) {
+        thread_ = std::thread([this, create, observer, sink] { serve(create, observer, sink); });
+        std::unique_lock<std::mutex> lock(mutex_);
+        changed_.wait(lock, [this] { return started_; });
         valid_ = service_ != nullptr;
     }
 
     // Cancels what has not started, lets a running operation finish, stops and releases the
-    // service on its own thread, then ends the thread.
+    // service on its own thread, then ends and joins the thread.
     ~AsyncNetService() {
         *open_ = false;
         std::map<quint64, Task> dropped;
         {
             std::lock_guard<std::mutex> lock(mutex_);
             dropped.swap(pending_);
+            wakeLocked(kReleaseTicket);
         }
         for (auto& entry : dropped) {
             entry.second.drop();
         }
-        QMetaObject::invokeMethod(
-            worker_.get(),
-            [this] {
-                if (service_ != nullptr) {
-                    service_->stop();
-                    service_->release();
-                    service_ = nullptr;
-                }
-            },
-            Qt::BlockingQueuedConnection);
-        thread_.quit();
-        thread_.wait();
+        thread_.join();
     }
 
     AsyncNetService(const AsyncNetService&) = delete;
@@ -91,29 +75,19 @@ public:
             return 0;
         }
         using R = std::invoke_result_t<Op&, ILiveencoderNetService&>;
-        auto guard = std::make_shared<ContextGuard>(context);
-        guard->watch(guard);
+        auto delivery = std::make_shared<Delivery>();
+        delivery->courier = new Courier(delivery, open_, context);
         Task task;
-        task.run = [op, guard, done, open = open_](ILiveencoderNetService& service) mutable {
+        task.run = [op, delivery, done](ILiveencoderNetService& service) mutable {
             if constexpr (std::is_void_v<R>) {
                 op(service);
-                guard->deliver([guard, done, open]() mutable {
-                    guard->unwatch();
-                    if (*open) {
-                        done();
-                    }
-                });
+                delivery->send([done]() mutable { done(); });
             } else {
-                R result = op(service);
-                guard->deliver([guard, done, open, result = std::move(result)]() mutable {
-                    guard->unwatch();
-                    if (*open) {
-                        done(std::move(result));
-                    }
-                });
+                auto answer = [done, result = op(service)]() mutable { done(std::move(result)); };
+                delivery->send(std::move(answer));
             }
         };
-        task.drop = [guard] { guard->unwatch(); };
+        task.drop = [delivery] { delivery->send(nullptr); };
         return enqueue(std::move(task));
     }
 
@@ -166,76 +140,151 @@ public:
     }
 
 private:
+    static constexpr quint64 kReleaseTicket = 0;
+
     struct Task {
         std::function<void(ILiveencoderNetService&)> run;
         std::function<void()> drop;  // the operation will never run
     };
 
-    // Knows, on any thread, whether the caller's context object still exists, and posts to it
-    // only while it does: its destruction and a delivery exclude each other.
-    class ContextGuard {
+    // Calls a function for every custom event posted to it; needs no moc.
+    class EventTarget : public QObject {
     public:
-        explicit ContextGuard(QObject* context) : context_(context) {}
+        explicit EventTarget(std::function<void()> onEvent) : onEvent_(std::move(onEvent)) {}
 
-        void watch(const std::shared_ptr<ContextGuard>& self) {
-            connection_ = QObject::connect(context_, &QObject::destroyed, [self] {
-                std::lock_guard<std::mutex> lock(self->mutex_);
-                self->context_ = nullptr;
-            });
+    protected:
+        void customEvent(QEvent*) override { onEvent_(); }
+
+    private:
+        std::function<void()> onEvent_;
+    };
+
+    class Courier;
+
+    // One answer on its way from the service thread to the courier on the caller's thread.
+    struct Delivery {
+        std::mutex mutex;
+        Courier* courier = nullptr;    // null once the courier is gone
+        std::function<void()> answer;  // null: the operation was dropped
+
+        void send(std::function<void()> call) {
+            std::lock_guard<std::mutex> lock(mutex);
+            if (courier != nullptr) {
+                answer = std::move(call);
+                QCoreApplication::postEvent(courier, new QEvent(QEvent::User));
+            }
+        }
+    };
+
+    // Lives on the context's thread and dies with the context, so an answer for a destroyed
+    // context is never delivered.
+    class Courier : public QObject {
+    public:
+        Courier(std::shared_ptr<Delivery> delivery, std::shared_ptr<std::atomic<bool>> open,
+                QObject* context)
+            : delivery_(std::move(delivery)), open_(std::move(open)) {
+            if (context->thread() == QThread::currentThread()) {
+                setParent(context);
+            } else {
+                moveToThread(context->thread());
+                QObject::connect(context, &QObject::destroyed, this, [this] { delete this; });
+            }
+        }
+        ~Courier() override {
+            std::lock_guard<std::mutex> lock(delivery_->mutex);
+            delivery_->courier = nullptr;
         }
 
-        // Also breaks the cycle between the guard and its connection.
-        void unwatch() { QObject::disconnect(connection_); }
-
-        template <class Call>
-        void deliver(Call call) {
-            std::lock_guard<std::mutex> lock(mutex_);
-            if (context_ != nullptr) {
-                // A queued call to an object that is destroyed before it runs is dropped.
-                QMetaObject::invokeMethod(context_, std::move(call), Qt::QueuedConnection);
+    protected:
+        void customEvent(QEvent*) override {
+            std::function<void()> answer;
+            {
+                std::lock_guard<std::mutex> lock(delivery_->mutex);
+                answer = std::move(delivery_->answer);
             }
+            if (answer && *open_) {
+                answer();
+            }
+            deleteLater();
         }
 
     private:
-        std::mutex mutex_;
-        QObject* context_;
-        QMetaObject::Connection connection_;
+        std::shared_ptr<Delivery> delivery_;
+        std::shared_ptr<std::atomic<bool>> open_;
     };
 
-    quint64 enqueue(Task task) {
-        quint64 ticket = 0;
+    // The service thread: its event loop, the service, and the queue of tickets.
+    void serve(CreateNetServiceFunction create, ServiceObserver* observer, BreadcrumbSink* sink) {
+        QEventLoop loop;
+        EventTarget target([this, &loop] { runNext(loop); });
+        // The service binds its timers and replies to the thread that creates it.
+        ILiveencoderNetService* service = create != nullptr ? create(observer, sink) : nullptr;
         {
             std::lock_guard<std::mutex> lock(mutex_);
-            ticket = ++lastTicket_;
-            pending_.emplace(ticket, std::move(task));
+            target_ = &target;
+            service_ = service;
+            started_ = true;
         }
-        QMetaObject::invokeMethod(
-            worker_.get(), [this, ticket] { runTicket(ticket); }, Qt::QueuedConnection);
+        changed_.notify_all();
+        loop.exec();
+    }
+
+    // Posting under the lock keeps the event, and everything queued with it, visibly ordered
+    // before the service thread reads it.
+    void wakeLocked(quint64 ticket) {
+        order_.push_back(ticket);
+        QCoreApplication::postEvent(target_, new QEvent(QEvent::User));
+    }
+
+    quint64 enqueue(Task task) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        const quint64 ticket = ++lastTicket_;
+        pending_.emplace(ticket, std::move(task));
+        wakeLocked(ticket);
         return ticket;
     }
 
-    // On the service thread; a ticket cancelled meanwhile is no longer pending.
-    void runTicket(quint64 ticket) {
+    // On the service thread, once per posted ticket; a ticket cancelled meanwhile is skipped.
+    void runNext(QEventLoop& loop) {
         Task task;
+        ILiveencoderNetService* service = nullptr;
         {
             std::lock_guard<std::mutex> lock(mutex_);
-            const auto it = pending_.find(ticket);
-            if (it == pending_.end()) {
-                return;
+            const quint64 ticket = order_.front();
+            order_.pop_front();
+            service = service_;
+            if (ticket == kReleaseTicket) {
+                service_ = nullptr;
+            } else {
+                const auto it = pending_.find(ticket);
+                if (it == pending_.end()) {
+                    return;
+                }
+                task = std::move(it->second);
+                pending_.erase(it);
             }
-            task = std::move(it->second);
-            pending_.erase(it);
         }
-        task.run(*service_);
+        if (task.run) {
+            task.run(*service);
+        } else {
+            if (service != nullptr) {
+                service->stop();
+                service->release();
+            }
+            loop.quit();
+        }
     }
 
-    QThread thread_;
-    std::unique_ptr<QObject> worker_;  // lives on thread_; queued calls run there
-    std::mutex mutex_;                 // guards pending_ and lastTicket_
+    std::thread thread_;
+    std::mutex mutex_;  // guards everything below that both threads touch
+    std::condition_variable changed_;
+    bool started_ = false;
+    EventTarget* target_ = nullptr;  // on the service thread; receives one event per ticket
+    ILiveencoderNetService* service_ = nullptr;
     std::map<quint64, Task> pending_;
+    std::deque<quint64> order_;
     quint64 lastTicket_ = 0;
-    ILiveencoderNetService* service_ = nullptr;  // touched only on thread_ after construction
-    bool valid_ = false;
+    bool valid_ = false;  // written once by the constructor
     // Cleared first by the destructor, so that answers still queued for callers are dropped.
     std::shared_ptr<std::atomic<bool>> open_ = std::make_shared<std::atomic<bool>>(true);
 };
