@@ -11,6 +11,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "http/sim_http_server.h"
@@ -193,6 +194,29 @@ TEST_F(AsyncNetServiceTest, AnswerForADestroyedContextIsDropped) {
 
     ASSERT_TRUE(spinUntil([&] { return happened("biz 13"); }));
     QCoreApplication::processEvents();
+    EXPECT_FALSE(happened("lost answered"));
+}
+
+// A worker thread may post for an object of the UI thread; the answer still arrives there.
+TEST_F(AsyncNetServiceTest, PostFromAnotherThreadAnswersOnTheContextsThread) {
+    AsyncNetService net(&createRecorded, nullptr, nullptr);
+    QObject context;
+    auto lost = std::make_unique<QObject>();
+    std::atomic<QThread*> answeredOn{nullptr};
+    std::thread poster([&] {
+        net.post([](ILiveencoderNetService& service) { return service.getBizType(); }, &context,
+                 [&](int32_t) { answeredOn = QThread::currentThread(); });
+        net.post(slowOperation(), lost.get(), [this](bool) { record("lost answered"); });
+    });
+    poster.join();
+    ASSERT_TRUE(
+        spinUntil([&] { return answeredOn.load() != nullptr && happened("slow started"); }));
+    EXPECT_EQ(answeredOn.load(), QThread::currentThread());
+    lost.reset();
+    // Answers arrive in order, so once a later one is in, the lost one would have been too.
+    net.post([](ILiveencoderNetService& service) { return service.getBizType(); }, &context,
+             [this](int32_t) { record("later answered"); });
+    ASSERT_TRUE(spinUntil([&] { return happened("later answered"); }));
     EXPECT_FALSE(happened("lost answered"));
 }
 
