@@ -162,7 +162,8 @@ int main(int argc, char** argv) {
         err << "cannot load the module: " << loader.errorString() << Qt::endl;
         return 1;
     }
-    PrintingObserver observer(out);
+    // Barrage events arrive at any time; in call mode they go to stderr so stdout stays JSON.
+    PrintingObserver observer(command == QStringLiteral("demo") ? out : err);
     int exitCode = 0;
     // The module expects a running event loop on the thread that created it.
     QTimer::singleShot(0, &app, [&] {
