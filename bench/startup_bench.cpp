@@ -29,6 +29,10 @@ double residentKiB() {
     return fields.size() > 1 ? fields.at(1).toDouble() * pageKiB : 0;
 }
 
+double milliseconds(Clock::duration duration) {
+    return std::chrono::duration<double, std::milli>(duration).count();
+}
+
 struct Fixture {
     QTemporaryDir dir;
     std::unique_ptr<tolvane::sim::SimPlatform> sim;
@@ -42,7 +46,9 @@ struct Fixture {
     double firstServiceKiB = 0;
     double releasedKiB = 0;
     // The very first load, create and login, cold: what a host pays once at start.
-    double firstStartMs = 0;
+    double loadMs = 0;
+    double createMs = 0;
+    double loginMs = 0;
 
     Fixture() {
         qputenv("TMPDIR", dir.path().toLocal8Bit());
@@ -52,18 +58,21 @@ struct Fixture {
             return;
         }
         baselineKiB = residentKiB();
-        const auto start = std::chrono::steady_clock::now();
+        const Clock::time_point start = Clock::now();
         library.setFileName(QStringLiteral(TOLVANE_LIBRARY_PATH));
         create = reinterpret_cast<CreateNetServiceFunction>(library.resolve("CreateNetService"));
+        const Clock::time_point loaded = Clock::now();
         if (create == nullptr) {
             return;
         }
         loadedKiB = residentKiB();
+        const Clock::time_point createStart = Clock::now();
         ILiveencoderNetService* service = create(nullptr, nullptr);
+        const Clock::time_point created = Clock::now();
         ready = service != nullptr && logIn(*service);
-        firstStartMs =
-            std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-                .count();
+        loadMs = milliseconds(loaded - start);
+        createMs = milliseconds(created - createStart);
+        loginMs = milliseconds(Clock::now() - created);
         firstServiceKiB = residentKiB();
         if (service != nullptr) {
             service->stop();
@@ -145,7 +154,9 @@ void BM_ResidentMemory(benchmark::State& state) {
         state.SkipWithError("the module or the simulator did not start");
         return;
     }
-    state.counters["first_start_ms"] = fixture->firstStartMs;
+    state.counters["cold_load_ms"] = fixture->loadMs;
+    state.counters["cold_create_ms"] = fixture->createMs;
+    state.counters["cold_login_ms"] = fixture->loginMs;
     state.counters["load_KiB"] = fixture->loadedKiB - fixture->baselineKiB;
     state.counters["first_answer_KiB"] = fixture->firstServiceKiB - fixture->baselineKiB;
     state.counters["after_release_KiB"] = fixture->releasedKiB - fixture->baselineKiB;
