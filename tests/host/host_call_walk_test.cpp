@@ -248,6 +248,8 @@ TEST(HostCallWalk, RefusesWhatItCannotRun) {
         {"unknown operation", {"call", "--sim", "noSuchOperation"}, 2},
         {"operation after release", {"call", "--sim", "release", "+", "getRoomId"}, 2},
         {"unknown request item", {"call", "--sim", "requestGet", "1", "japi/x", "z:a=b"}, 1},
+        {"form item on a GET", {"call", "--sim", "requestGet", "1", "japi/x", "f:a=b"}, 1},
+        {"time-out that is no number", {"call", "--sim", "getRequest", "http://x/", "ms:soon"}, 1},
         {"login without password", {"call", "--sim", "--login", "anchor"}, 2},
     };
     QTemporaryDir tmp;

@@ -26,7 +26,7 @@ int usage(QTextStream& err) {
            "earlier ones left (the room, the category, the push lines).\n"
            "--sim runs them against an embedded platform simulator instead of the environment\n"
            "that default.data (or TOLVANE_DEFAULT_DATA) selects.\n"
-           "A request ITEM is h:KEY=VALUE (header), q:KEY=VALUE (query), f:KEY=VALUE (form)\n"
+           "A request ITEM is h:KEY=VALUE (header), q:KEY=VALUE (query), f:KEY=VALUE (form, POST)\n"
            "or ms:N (time-out). release ends the service, so it can only come last.\n"
            "operations:\n";
     for (const OperationCall& call : operationCalls()) {

@@ -11,7 +11,7 @@ namespace {
 constexpr int32_t kDefaultTimeoutMs = 30000;
 
 // Request items on the command line: "h:KEY=VALUE" a header, "q:KEY=VALUE" a query item,
-// "f:KEY=VALUE" a form item, "ms:N" the time-out. Anything else is refused by name.
+// "f:KEY=VALUE" a form item (POST only), "ms:N" the time-out. Anything else is refused by name.
 struct RequestItems {
     ParamList headers;
     ParamList query;
@@ -20,7 +20,7 @@ struct RequestItems {
     QString refused;
 };
 
-RequestItems requestItems(const QStringList& args, int first) {
+RequestItems requestItems(const QStringList& args, int first, bool withForm) {
     RequestItems items;
     for (int i = first; i < args.size(); ++i) {
         const QString item = args.at(i);
@@ -30,13 +30,15 @@ RequestItems requestItems(const QStringList& args, int first) {
         const int equals = rest.indexOf(QLatin1Char('='));
         const QPair<QString, QString> pair(rest.left(equals),
                                            equals < 0 ? QString() : rest.mid(equals + 1));
-        if (colon > 0 && group == QStringLiteral("ms")) {
-            items.timeoutMs = rest.toInt();
+        bool number = false;
+        const int timeoutMs = rest.toInt(&number);
+        if (colon > 0 && number && group == QStringLiteral("ms")) {
+            items.timeoutMs = timeoutMs;
         } else if (colon > 0 && equals > 0 && group == QStringLiteral("h")) {
             items.headers.append(pair);
         } else if (colon > 0 && equals > 0 && group == QStringLiteral("q")) {
             items.query.append(pair);
-        } else if (colon > 0 && equals > 0 && group == QStringLiteral("f")) {
+        } else if (withForm && colon > 0 && equals > 0 && group == QStringLiteral("f")) {
             items.form.append(pair);
         } else if (items.refused.isEmpty()) {
             items.refused = item;
@@ -60,7 +62,7 @@ QJsonObject replyOutputs(bool result, const QByteArray& reply) {
 QJsonObject refusedItem(const QString& item) {
     return {
         {"error",
-         QStringLiteral("unknown request item '%1' (use h:, q:, f:KEY=VALUE or ms:N)").arg(item)}};
+         QStringLiteral("unusable request item '%1' (use h:, q:, f:KEY=VALUE or ms:N)").arg(item)}};
 }
 
 RequestDescriptor describedRequest(const QStringList& args, const RequestItems& items) {
@@ -109,7 +111,7 @@ void addServiceCalls(const AddCall& add) {
         return resultOnly(QJsonValue());
     });
     add("getRequest", "URL [ITEM...]", [](S& s, A a) {
-        const RequestItems items = requestItems(a, 1);
+        const RequestItems items = requestItems(a, 1, false);
         if (!items.refused.isEmpty()) {
             return refusedItem(items.refused);
         }
@@ -118,7 +120,7 @@ void addServiceCalls(const AddCall& add) {
         return replyOutputs(r, reply);
     });
     add("postRequest", "URL [ITEM...]", [](S& s, A a) {
-        const RequestItems items = requestItems(a, 1);
+        const RequestItems items = requestItems(a, 1, true);
         if (!items.refused.isEmpty()) {
             return refusedItem(items.refused);
         }
@@ -128,7 +130,7 @@ void addServiceCalls(const AddCall& add) {
         return replyOutputs(r, reply);
     });
     add("requestGet", "KIND PATH [ITEM...]", [](S& s, A a) {
-        const RequestItems items = requestItems(a, 2);
+        const RequestItems items = requestItems(a, 2, false);
         if (!items.refused.isEmpty()) {
             return refusedItem(items.refused);
         }
@@ -137,7 +139,7 @@ void addServiceCalls(const AddCall& add) {
         return replyOutputs(r, reply);
     });
     add("requestPost", "KIND PATH [ITEM...]", [](S& s, A a) {
-        const RequestItems items = requestItems(a, 2);
+        const RequestItems items = requestItems(a, 2, true);
         if (!items.refused.isEmpty()) {
             return refusedItem(items.refused);
         }
