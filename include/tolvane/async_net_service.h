@@ -32,8 +32,10 @@ namespace tolvane {
 //
 // Operations run one at a time in the order they were posted, as the service requires.
 // Construct and destroy the object while a Qt application exists, never from inside an
-// operation (the destructor waits for the service thread). Every hand-over between threads goes
-// through this object's own locks, so that ThreadSanitizer sees it.
+// operation (the destructor waits for the service thread). The observer and the breadcrumb sink
+// are called as without this object (barrage events on the module's threads, breadcrumbs on the
+// service thread) and must outlive it. Every hand-over between threads goes through this
+// object's own locks, so that ThreadSanitizer sees it.
 class AsyncNetService {
 public:
     // Starts the thread and creates the service on it; isValid() tells whether that worked.
