@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QJsonArray>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QStringList>
@@ -50,6 +51,9 @@ inline QJsonObject withOutputs(const QJsonValue& result, const QJsonObject& outp
     return {{"result", result}, {"outputs", outputs}};
 }
 
+// A category or tag tree, children nested (operation_calls.cpp).
+QJsonArray nodeArray(const std::vector<CategoryNode>& nodes);
+
 // operation_calls_room_settings.cpp: the room's settings, presets, reminder and statistics.
 void addRoomSettingsCalls(const AddCall& add);
 // operation_calls_anchor.cpp: the anchor's queries, black list, customer service and feedback.
@@ -58,5 +62,13 @@ void addAnchorCalls(const AddCall& add);
 void addAccountCodeCalls(const AddCall& add);
 // operation_calls_catalogue.cpp: the gift and resource catalogue (slots 26, 49 and 94).
 void addCatalogueCalls(const AddCall& add);
+// operation_calls_session.cpp: the session record, the user record's fields, logout.
+void addSessionCalls(const AddCall& add);
+// operation_calls_barrage.cpp: sending on the barrage connection and what it last reported.
+void addBarrageCalls(const AddCall& add);
+// operation_calls_service.cpp: the service's life, its settings and host-composed requests.
+void addServiceCalls(const AddCall& add);
+// operation_calls_room.cpp: the room record's fields, its address and stored lists.
+void addRoomCalls(const AddCall& add);
 
 }  // namespace host_calls

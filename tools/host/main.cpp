@@ -15,21 +15,36 @@
 
 namespace {
 
+// The one operation after which the service no longer exists.
+const QString kRelease = QStringLiteral("release");
+
 int usage(QTextStream& err) {
     err << "usage: tolvane-host demo\n"
            "       tolvane-host qr-login [--sim] [--png PATH]\n"
+           "       tolvane-host call --list\n"
            "       tolvane-host call [--sim] [--login NAME PASSWORD] OPERATION [ARGUMENT...] "
            "[+ OPERATION [ARGUMENT...]]...\n"
            "Operations joined by + run in order on one service, so later ones see the state\n"
            "earlier ones left (the room, the category, the push lines).\n"
            "--sim runs them against an embedded platform simulator instead of the environment\n"
            "that default.data (or TOLVANE_DEFAULT_DATA) selects.\n"
+           "A request ITEM is h:KEY=VALUE (header), q:KEY=VALUE (query), f:KEY=VALUE (form, POST)\n"
+           "or ms:N (time-out). release ends the service, so it can only come last.\n"
            "operations:\n";
     for (const OperationCall& call : operationCalls()) {
         err << "  " << call.name << ' ' << call.usage << '\n';
     }
     err.flush();
     return 2;
+}
+
+// One line per operation, its name and then its arguments, for people and for scripts.
+int listOperations(QTextStream& out) {
+    for (const OperationCall& call : operationCalls()) {
+        out << (call.usage.isEmpty() ? call.name : call.name + ' ' + call.usage) << '\n';
+    }
+    out.flush();
+    return 0;
 }
 
 // "OP ARG... + OP ARG..." as one list per operation, its name first.
@@ -66,7 +81,8 @@ int runCall(CreateNetServiceFunction create, PrintingObserver& observer, QString
     if (!args.isEmpty() && args.first() == QStringLiteral("--sim")) {
         args.removeFirst();
         sim = std::make_unique<tolvane::sim::SimPlatform>(simFolder.path());
-        if (!simFolder.isValid() || !sim->start()) {
+        // One barrage server, so that startBarrage has somewhere to connect.
+        if (!simFolder.isValid() || !sim->start() || !sim->startBarrageServers(1)) {
             err << "cannot start the simulator" << Qt::endl;
             return 1;
         }
@@ -84,7 +100,8 @@ int runCall(CreateNetServiceFunction create, PrintingObserver& observer, QString
     for (const QStringList& operation : operations) {
         const OperationCall* call =
             operation.isEmpty() ? nullptr : findOperation(operation.first());
-        if (call == nullptr) {
+        const bool releasedBefore = !calls.isEmpty() && calls.last()->name == kRelease;
+        if (call == nullptr || releasedBefore) {
             return usage(err);
         }
         calls.append(call);
@@ -94,6 +111,8 @@ int runCall(CreateNetServiceFunction create, PrintingObserver& observer, QString
         err << "CreateNetService returned null" << Qt::endl;
         return 1;
     }
+    // An operation that refuses its arguments answers "error" instead of running.
+    bool refused = false;
     QJsonObject report;
     if (!login.isEmpty()) {
         report.insert(QStringLiteral("login"),
@@ -102,21 +121,26 @@ int runCall(CreateNetServiceFunction create, PrintingObserver& observer, QString
     if (calls.size() == 1) {
         const QJsonObject single =
             runOperation(*calls.first(), *service, operations.first().mid(1));
+        refused = single.contains(QStringLiteral("error"));
         for (auto it = single.begin(); it != single.end(); ++it) {
             report.insert(it.key(), it.value());
         }
     } else {
         QJsonArray reports;
         for (int i = 0; i < calls.size(); ++i) {
-            reports.append(runOperation(*calls.at(i), *service, operations.at(i).mid(1)));
+            const QJsonObject one = runOperation(*calls.at(i), *service, operations.at(i).mid(1));
+            refused = refused || one.contains(QStringLiteral("error"));
+            reports.append(one);
         }
         report.insert(QStringLiteral("calls"), reports);
     }
     out << QJsonDocument(report).toJson(QJsonDocument::Indented);
     out.flush();
-    service->stop();
-    service->release();
-    return 0;
+    if (calls.last()->name != kRelease) {
+        service->stop();
+        service->release();
+    }
+    return refused ? 1 : 0;
 }
 
 }  // namespace
@@ -132,12 +156,17 @@ int main(int argc, char** argv) {
         return usage(err);
     }
 
+    if (command == QStringLiteral("call") && args.value(1) == QStringLiteral("--list")) {
+        return listOperations(out);
+    }
+
     ModuleLoader loader;
     if (!loader.load(ModuleLoader::defaultLibraryPath())) {
         err << "cannot load the module: " << loader.errorString() << Qt::endl;
         return 1;
     }
-    PrintingObserver observer(out);
+    // Barrage events arrive at any time; in call mode they go to stderr so stdout stays JSON.
+    PrintingObserver observer(command == QStringLiteral("demo") ? out : err);
     int exitCode = 0;
     // The module expects a running event loop on the thread that created it.
     QTimer::singleShot(0, &app, [&] {

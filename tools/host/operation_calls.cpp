@@ -26,20 +26,6 @@ QJsonArray pushArray(const PushAddress* addresses, int32_t count) {
     return array;
 }
 
-QJsonArray nodeArray(const std::vector<CategoryNode>& nodes) {
-    QJsonArray array;
-    for (const CategoryNode& node : nodes) {
-        array.append(QJsonObject{{"id", node.id},
-                                 {"parentId", node.parentId},
-                                 {"name", QString::fromStdU16String(node.name)},
-                                 {"secondText", QString::fromStdU16String(node.secondText)},
-                                 {"extraValue1", node.extraValue1},
-                                 {"extraValue2", node.extraValue2},
-                                 {"children", nodeArray(node.children)}});
-    }
-    return array;
-}
-
 LoginCheckRequest checkRequest(const QStringList& args) {
     LoginCheckRequest request;
     request.name = arg(args, 0);
@@ -253,10 +239,32 @@ QVector<OperationCall> buildCalls() {
     addAnchorCalls(add);
     addAccountCodeCalls(add);
     addCatalogueCalls(add);
+    addSessionCalls(add);
+    addBarrageCalls(add);
+    addServiceCalls(add);
+    addRoomCalls(add);
     return calls;
 }
 
 }  // namespace
+
+namespace host_calls {
+
+QJsonArray nodeArray(const std::vector<CategoryNode>& nodes) {
+    QJsonArray array;
+    for (const CategoryNode& node : nodes) {
+        array.append(QJsonObject{{"id", node.id},
+                                 {"parentId", node.parentId},
+                                 {"name", QString::fromStdU16String(node.name)},
+                                 {"secondText", QString::fromStdU16String(node.secondText)},
+                                 {"extraValue1", node.extraValue1},
+                                 {"extraValue2", node.extraValue2},
+                                 {"children", nodeArray(node.children)}});
+    }
+    return array;
+}
+
+}  // namespace host_calls
 
 const QVector<OperationCall>& operationCalls() {
     static const QVector<OperationCall> calls = buildCalls();

@@ -1,0 +1,257 @@
+#include <gtest/gtest.h>
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMap>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QSet>
+#include <QTemporaryDir>
+#include <memory>
+#include <vector>
+
+namespace {
+
+constexpr int kProcessTimeoutMs = 20000;
+constexpr int kParallelProcesses = 4;
+constexpr int kChainLength = 8;
+
+struct ListedOperation {
+    QString name;
+    QStringList required;  // argument names outside [ ]
+};
+
+struct HostRun {
+    bool finished = false;
+    int exitCode = -1;
+    QByteArray out;
+    QByteArray err;
+};
+
+// The host writes its logs under TMPDIR; the tests keep them out of the shared location.
+QProcessEnvironment hostEnvironment(const QString& tmp) {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("TMPDIR"), tmp);
+    return environment;
+}
+
+std::unique_ptr<QProcess> startHost(const QStringList& args, const QString& tmp) {
+    auto process = std::make_unique<QProcess>();
+    process->setProcessEnvironment(hostEnvironment(tmp));
+    process->start(QStringLiteral(TOLVANE_HOST_PATH), args);
+    return process;
+}
+
+HostRun finish(QProcess& process) {
+    HostRun run;
+    run.finished = process.waitForFinished(kProcessTimeoutMs);
+    if (!run.finished) {
+        process.kill();
+        process.waitForFinished();
+    }
+    run.exitCode = process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    run.out = process.readAllStandardOutput();
+    run.err = process.readAllStandardError();
+    return run;
+}
+
+HostRun runHost(const QStringList& args, const QString& tmp) {
+    return finish(*startHost(args, tmp));
+}
+
+QList<ListedOperation> listedOperations(const QString& tmp) {
+    const HostRun run = runHost({"call", "--list"}, tmp);
+    EXPECT_EQ(run.exitCode, 0) << run.err.toStdString();
+    QList<ListedOperation> operations;
+    for (const QString& line : QString::fromUtf8(run.out).split('\n', Qt::SkipEmptyParts)) {
+        QStringList words = line.split(' ', Qt::SkipEmptyParts);
+        ListedOperation operation{words.takeFirst(), {}};
+        for (const QString& word : words) {
+            if (word.startsWith('[')) {
+                break;  // optional arguments stay out
+            }
+            operation.required.append(word);
+        }
+        operations.append(operation);
+    }
+    return operations;
+}
+
+// Slot number and name of every operation the public header declares.
+QMap<int, QString> declaredSlots() {
+    QFile header(
+        QStringLiteral(TOLVANE_TEST_DATA_DIR "/../../include/tolvane/i_liveencoder_net_service.h"));
+    EXPECT_TRUE(header.open(QIODevice::ReadOnly));
+    const QString text = QString::fromUtf8(header.readAll());
+    const QRegularExpression slot(QStringLiteral(R"(/\* (\d+) \*/ virtual [^(]*?(\w+)\()"));
+    QMap<int, QString> found;
+    for (auto it = slot.globalMatch(text); it.hasNext();) {
+        const QRegularExpressionMatch match = it.next();
+        found.insert(match.captured(1).toInt(), match.captured(2));
+    }
+    return found;
+}
+
+// Values that let an operation reach the simulator and get a real answer where one exists;
+// an argument name not in the table gets "1".
+QString sampleValue(const QString& argument) {
+    static const QMap<QString, QString> samples{
+        {"NAME", "anchor"},
+        {"PASSWORD", "secret123"},
+        {"SECRET", "secret123"},
+        {"PHONE", "13800000000"},
+        {"TARGET", "13800000000"},
+        {"AREA_CODE", "86"},
+        {"UID", "10001"},
+        {"TEXT", "hello"},
+        {"TITLE", "tonight"},
+        {"CONTENT", "all good"},
+        {"PUSH_URL", "rtmp://127.0.0.1:1/live/key"},
+        {"URL", "http://127.0.0.1:1/"},
+        {"PATH", "japi/nothing"},
+        {"PROXY", ""},
+        {"DEVICE_ID", "00_00_00_00_FF_01"},
+        {"VERSION", "v2.0.0.0"},
+        {"NUMBER", "20180809"},
+        {"CITY", "Harbour"},
+        {"LONGITUDE", "120.1"},
+        {"LATITUDE", "30.2"},
+    };
+    return samples.value(argument, QStringLiteral("1"));
+}
+
+using Chain = QList<ListedOperation>;
+
+// Operations in chains, one host process each, so that the walk stays quick; release ends the
+// service, so it runs alone.
+QList<Chain> chains(const QList<ListedOperation>& operations) {
+    QList<Chain> all;
+    Chain current;
+    for (const ListedOperation& operation : operations) {
+        if (operation.name == QStringLiteral("release")) {
+            all.append(Chain{operation});
+            continue;
+        }
+        current.append(operation);
+        if (current.size() == kChainLength) {
+            all.append(current);
+            current.clear();
+        }
+    }
+    if (!current.isEmpty()) {
+        all.append(current);
+    }
+    return all;
+}
+
+QStringList chainArguments(const Chain& chain) {
+    QStringList args{"call", "--sim", "--login", "anchor", "secret123"};
+    for (const ListedOperation& operation : chain) {
+        if (args.size() > 5) {
+            args.append("+");
+        }
+        args.append(operation.name);
+        for (const QString& argument : operation.required) {
+            args.append(sampleValue(argument));
+        }
+    }
+    return args;
+}
+
+QStringList names(const Chain& chain) {
+    QStringList all;
+    for (const ListedOperation& operation : chain) {
+        all.append(operation.name);
+    }
+    return all;
+}
+
+// The operations the host reported, in order, each with a result; none when it failed.
+QStringList answeredOperations(const HostRun& run) {
+    const QJsonObject report = QJsonDocument::fromJson(run.out).object();
+    if (!run.finished || run.exitCode != 0 ||
+        report.value("login").toObject().value("result").toInt(-1) != 0) {
+        return {};
+    }
+    const QJsonArray calls =
+        report.contains("calls") ? report.value("calls").toArray() : QJsonArray{report};
+    QStringList answered;
+    for (const QJsonValue& call : calls) {
+        if (call.toObject().contains("result")) {
+            answered.append(call.toObject().value("operation").toString());
+        }
+    }
+    return answered;
+}
+
+TEST(HostCallWalk, EverySlotHasAnEntry) {
+    QTemporaryDir tmp;
+    QSet<QString> listed;
+    for (const ListedOperation& operation : listedOperations(tmp.path())) {
+        EXPECT_FALSE(listed.contains(operation.name))
+            << "listed twice: " << operation.name.toStdString();
+        listed.insert(operation.name);
+    }
+    const QMap<int, QString> declared = declaredSlots();
+    ASSERT_EQ(declared.size(), 98);
+    for (auto it = declared.begin(); it != declared.end(); ++it) {
+        EXPECT_TRUE(listed.contains(it.value()))
+            << "slot " << it.key() << " " << it.value().toStdString() << " has no entry";
+    }
+}
+
+// Every listed operation runs by name against the simulator and prints its report.
+TEST(HostCallWalk, EveryListedOperationAnswersAsJson) {
+    QTemporaryDir tmp;
+    const QList<ListedOperation> operations = listedOperations(tmp.path());
+    ASSERT_GE(operations.size(), 98);
+    const QList<Chain> all = chains(operations);
+    for (int first = 0; first < all.size(); first += kParallelProcesses) {
+        std::vector<std::unique_ptr<QProcess>> running;
+        const int end = std::min<int>(first + kParallelProcesses, all.size());
+        for (int i = first; i < end; ++i) {
+            running.push_back(startHost(chainArguments(all.at(i)), tmp.path()));
+        }
+        for (int i = first; i < end; ++i) {
+            const Chain& chain = all.at(i);
+            const HostRun run = finish(*running.at(i - first));
+            if (answeredOperations(run) == names(chain)) {
+                continue;
+            }
+            ADD_FAILURE() << "chain " << names(chain).join(' ').toStdString() << " failed\n"
+                          << run.err.toStdString();
+            // Alone, the culprit shows itself.
+            for (const ListedOperation& operation : chain) {
+                const HostRun single = runHost(chainArguments({operation}), tmp.path());
+                EXPECT_EQ(answeredOperations(single), QStringList{operation.name})
+                    << single.err.toStdString();
+            }
+        }
+    }
+}
+
+// What the command line cannot run is refused with an exit code, before or instead of a call.
+TEST(HostCallWalk, RefusesWhatItCannotRun) {
+    struct Case {
+        const char* what;
+        QStringList args;
+        int exitCode;
+    };
+    const std::vector<Case> cases{
+        {"unknown operation", {"call", "--sim", "noSuchOperation"}, 2},
+        {"operation after release", {"call", "--sim", "release", "+", "getRoomId"}, 2},
+        {"unknown request item", {"call", "--sim", "requestGet", "1", "japi/x", "z:a=b"}, 1},
+        {"form item on a GET", {"call", "--sim", "requestGet", "1", "japi/x", "f:a=b"}, 1},
+        {"time-out that is no number", {"call", "--sim", "getRequest", "http://x/", "ms:soon"}, 1},
+        {"login without password", {"call", "--sim", "--login", "anchor"}, 2},
+    };
+    QTemporaryDir tmp;
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        EXPECT_EQ(runHost(c.args, tmp.path()).exitCode, c.exitCode);
+    }
+}
+
+}  // namespace

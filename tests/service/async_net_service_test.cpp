@@ -1,0 +1,290 @@
+#include "tolvane/async_net_service.h"
+
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QThread>
+#include <QTimer>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "http/sim_http_server.h"
+#include "service/vx_net_service_imp.h"
+#include "support/scoped_env.h"
+
+namespace {
+
+using tolvane::AsyncNetService;
+using tolvane::sim::SimFault;
+using tolvane::sim::SimHttpServer;
+
+constexpr int kSlowMs = 600;
+
+// Where the service was built and torn down, as the factory and its destroyed signal saw it.
+struct ServiceThreads {
+    std::mutex mutex;
+    QThread* created = nullptr;
+    QThread* destroyed = nullptr;
+};
+ServiceThreads serviceThreads;
+
+ILiveencoderNetService* createRecorded(ServiceObserver* observer, BreadcrumbSink* sink) {
+    auto* service = new VxNetServiceImp(observer, sink);
+    QObject::connect(service, &QObject::destroyed, [] {
+        std::lock_guard<std::mutex> lock(serviceThreads.mutex);
+        serviceThreads.destroyed = QThread::currentThread();
+    });
+    std::lock_guard<std::mutex> lock(serviceThreads.mutex);
+    serviceThreads.created = QThread::currentThread();
+    return service;
+}
+
+ILiveencoderNetService* createNothing(ServiceObserver*, BreadcrumbSink*) {
+    return nullptr;
+}
+
+// Turns the test thread's event loop until the condition holds or the time is up.
+bool spinUntil(const std::function<bool()>& condition, int timeoutMs = 10000) {
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition() && timer.elapsed() < timeoutMs) {
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(2);
+    }
+    return condition();
+}
+
+class AsyncNetServiceTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(server_.start());
+        server_.setFault("/slow", SimFault::delay(kSlowMs));
+        std::lock_guard<std::mutex> lock(serviceThreads.mutex);
+        serviceThreads.created = serviceThreads.destroyed = nullptr;
+    }
+
+    // An operation that waits on the simulator's delay and notes that it started and ended.
+    std::function<bool(ILiveencoderNetService&)> slowOperation() {
+        const std::string url = server_.origin() + "/slow";
+        return [this, url](ILiveencoderNetService& service) {
+            record("slow started");
+            QByteArray reply;
+            service.getRequest(reply, url, {}, {}, 5000);
+            record("slow ended");
+            return true;
+        };
+    }
+
+    void record(const std::string& event) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        events_.push_back(event);
+    }
+
+    std::vector<std::string> events() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return events_;
+    }
+
+    // Events of one side: "answered" ones on the caller's thread, the others ("ran") on the
+    // service thread.
+    std::vector<std::string> events(const std::string& side) {
+        std::vector<std::string> matching;
+        for (const std::string& event : events()) {
+            const bool answered = event.find(" answered") != std::string::npos;
+            if (answered == (side == "answered")) {
+                matching.push_back(event);
+            }
+        }
+        return matching;
+    }
+
+    bool happened(const std::string& event) {
+        const std::vector<std::string> all = events();
+        return std::find(all.begin(), all.end(), event) != all.end();
+    }
+
+    IsolatedWorkspace workspace_;
+    SimHttpServer server_;
+    std::mutex mutex_;
+    std::vector<std::string> events_;
+};
+
+TEST_F(AsyncNetServiceTest, CallerLoopKeepsTurningWhileASlowOperationRuns) {
+    AsyncNetService net(&createRecorded, nullptr, nullptr);
+    ASSERT_TRUE(net.isValid());
+    QObject context;
+    int ticks = 0;
+    QTimer ticker;
+    QObject::connect(&ticker, &QTimer::timeout, [&] { ++ticks; });
+    ticker.start(20);
+
+    std::atomic<QThread*> ranOn{nullptr};
+    QThread* answeredOn = nullptr;
+    bool answered = false;
+    const auto slow = slowOperation();
+    QElapsedTimer elapsed;
+    elapsed.start();
+    const quint64 ticket = net.post(
+        [&](ILiveencoderNetService& service) {
+            ranOn = QThread::currentThread();
+            return slow(service);
+        },
+        &context,
+        [&](bool result) {
+            answered = result;
+            answeredOn = QThread::currentThread();
+        });
+    EXPECT_NE(ticket, 0u);
+
+    ASSERT_TRUE(spinUntil([&] { return answered; }));
+    EXPECT_GE(elapsed.elapsed(), kSlowMs - 50);
+    EXPECT_GE(ticks, kSlowMs / 20 / 2) << "the caller's timer stalled";
+    EXPECT_EQ(answeredOn, QThread::currentThread());
+    EXPECT_NE(ranOn.load(), QThread::currentThread());
+    std::lock_guard<std::mutex> lock(serviceThreads.mutex);
+    EXPECT_EQ(ranOn.load(), serviceThreads.created);
+}
+
+TEST_F(AsyncNetServiceTest, CancelStopsOnlyWhatHasNotStarted) {
+    AsyncNetService net(&createRecorded, nullptr, nullptr);
+    QObject context;
+    const auto slow = slowOperation();
+    auto noted = [this](const std::string& name) {
+        return [this, name](ILiveencoderNetService& service) {
+            record(name + " ran");
+            return service.getBizType();
+        };
+    };
+    auto answered = [this](const std::string& name) {
+        return [this, name](int32_t) { record(name + " answered"); };
+    };
+
+    const quint64 running = net.post(slow, &context, [this](bool) { record("slow answered"); });
+    const quint64 dropped = net.post(noted("dropped"), &context, answered("dropped"));
+    const quint64 kept = net.post(noted("kept"), &context, answered("kept"));
+    ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
+
+    EXPECT_FALSE(net.cancel(running)) << "a running operation cannot be cancelled";
+    EXPECT_TRUE(net.cancel(dropped));
+    EXPECT_FALSE(net.cancel(dropped)) << "a ticket is cancelled once";
+    EXPECT_FALSE(net.cancel(0));
+    ASSERT_TRUE(spinUntil([&] { return happened("kept answered"); }));
+    EXPECT_FALSE(net.cancel(kept)) << "a finished operation cannot be cancelled";
+
+    // The service thread and the caller's thread each keep the order of posting.
+    EXPECT_EQ(events("ran"), (std::vector<std::string>{"slow started", "slow ended", "kept ran"}));
+    EXPECT_EQ(events("answered"), (std::vector<std::string>{"slow answered", "kept answered"}));
+}
+
+TEST_F(AsyncNetServiceTest, AnswerForADestroyedContextIsDropped) {
+    AsyncNetService net(&createRecorded, nullptr, nullptr);
+    auto context = std::make_unique<QObject>();
+    QObject survivor;
+    net.post(slowOperation(), context.get(), [this](bool) { record("lost answered"); });
+    net.post([](ILiveencoderNetService& service) { return service.getBizType(); }, &survivor,
+             [this](int32_t bizType) { record("biz " + std::to_string(bizType)); });
+    ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
+    context.reset();
+
+    ASSERT_TRUE(spinUntil([&] { return happened("biz 13"); }));
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(happened("lost answered"));
+}
+
+// A worker thread may post for an object of the UI thread; the answer still arrives there.
+TEST_F(AsyncNetServiceTest, PostFromAnotherThreadAnswersOnTheContextsThread) {
+    AsyncNetService net(&createRecorded, nullptr, nullptr);
+    QObject context;
+    auto lost = std::make_unique<QObject>();
+    std::atomic<QThread*> answeredOn{nullptr};
+    std::thread poster([&] {
+        net.post([](ILiveencoderNetService& service) { return service.getBizType(); }, &context,
+                 [&](int32_t) { answeredOn = QThread::currentThread(); });
+        net.post(slowOperation(), lost.get(), [this](bool) { record("lost answered"); });
+    });
+    poster.join();
+    ASSERT_TRUE(
+        spinUntil([&] { return answeredOn.load() != nullptr && happened("slow started"); }));
+    EXPECT_EQ(answeredOn.load(), QThread::currentThread());
+    lost.reset();
+    // Answers arrive in order, so once a later one is in, the lost one would have been too.
+    net.post([](ILiveencoderNetService& service) { return service.getBizType(); }, &context,
+             [this](int32_t) { record("later answered"); });
+    ASSERT_TRUE(spinUntil([&] { return happened("later answered"); }));
+    EXPECT_FALSE(happened("lost answered"));
+}
+
+TEST_F(AsyncNetServiceTest, DestructionWaitsForTheRunningOperationAndDropsTheRest) {
+    QObject context;
+    QFuture<int32_t> pendingFuture;
+    {
+        AsyncNetService net(&createRecorded, nullptr, nullptr);
+        net.post(slowOperation(), &context, [this](bool) { record("slow answered"); });
+        net.post(
+            [this](ILiveencoderNetService&) {
+                record("pending ran");
+                return 0;
+            },
+            &context, [this](int) { record("pending answered"); });
+        pendingFuture =
+            net.post([](ILiveencoderNetService& service) { return service.getBizType(); });
+        ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
+    }
+    // The service went on its own thread, after the operation that was running had ended.
+    EXPECT_EQ(events(), (std::vector<std::string>{"slow started", "slow ended"}));
+    EXPECT_TRUE(pendingFuture.isCanceled());
+    std::lock_guard<std::mutex> lock(serviceThreads.mutex);
+    ASSERT_NE(serviceThreads.destroyed, nullptr);
+    EXPECT_EQ(serviceThreads.destroyed, serviceThreads.created);
+    EXPECT_NE(serviceThreads.destroyed, QThread::currentThread());
+
+    // An answer already queued for the caller is not delivered once the facade is gone either.
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(happened("slow answered"));
+}
+
+TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellation) {
+    AsyncNetService net(&createRecorded, nullptr, nullptr);
+    QObject context;
+    net.post(slowOperation(), &context, [](bool) {});
+    QFuture<int32_t> cancelled = net.post([this](ILiveencoderNetService& service) {
+        record("cancelled ran");
+        return service.getBizType();
+    });
+    QFuture<std::string> appId =
+        net.post([](ILiveencoderNetService& service) { return std::string(service.getAppId()); });
+    // Operations without a result answer with nothing.
+    QFuture<void> proxySet =
+        net.post([](ILiveencoderNetService& service) { service.setProxy(""); });
+    net.post([](ILiveencoderNetService& service) { service.setProxy(""); }, &context,
+             [this] { record("void answered"); });
+    ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
+    cancelled.cancel();
+
+    ASSERT_TRUE(spinUntil([&] { return happened("void answered"); }));
+    EXPECT_TRUE(proxySet.isFinished());
+    EXPECT_FALSE(proxySet.isCanceled());
+    appId.waitForFinished();
+    ASSERT_FALSE(appId.isCanceled());
+    EXPECT_EQ(appId.result(), "vxtool");
+    EXPECT_TRUE(cancelled.isCanceled());
+    EXPECT_FALSE(happened("cancelled ran"));
+}
+
+TEST_F(AsyncNetServiceTest, WithoutAServiceNothingIsQueued) {
+    AsyncNetService net(&createNothing, nullptr, nullptr);
+    QObject context;
+    EXPECT_FALSE(net.isValid());
+    EXPECT_EQ(net.post([](ILiveencoderNetService& s) { return s.getBizType(); }, &context,
+                       [](int32_t) {}),
+              0u);
+    EXPECT_TRUE(net.post([](ILiveencoderNetService& s) { return s.getBizType(); }).isCanceled());
+}
+
+}  // namespace
