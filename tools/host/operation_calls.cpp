@@ -74,22 +74,6 @@ QVector<OperationCall> buildCalls() {
         const int32_t r = s.remoteLogin(arg(a, 0), arg(a, 1), token, error);
         return loginOutputs(r, token, error);
     });
-    add("getQRCodeURL", "", [](S& s, A) {
-        std::string url, code;
-        int32_t expire = 0;
-        const int32_t r = s.getQRCodeURL(url, code, expire);
-        return withOutputs(r, {{"url", text(url)}, {"code", text(code)}, {"expire", expire}});
-    });
-    add("loginByQRCode", "CODE", [](S& s, A a) {
-        std::string token, error;
-        const int32_t r = s.loginByQRCode(arg(a, 0), token, error);
-        return loginOutputs(r, token, error);
-    });
-    add("sendPhoneCaptcha", "TARGET", [](S& s, A a) {
-        std::string error;
-        const int32_t r = s.sendPhoneCaptcha(arg(a, 0), error);
-        return withOutputs(r, {{"errorMessage", text(error)}});
-    });
     add("getToken", "", [](S& s, A) {
         std::string token;
         s.getToken(token);
