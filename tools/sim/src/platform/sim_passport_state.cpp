@@ -1,23 +1,10 @@
 #include "platform/sim_passport_state.h"
 
 #include <QDateTime>
-#include <random>
+
+#include "platform/sim_random.h"
 
 namespace tolvane::sim {
-
-namespace {
-
-std::string randomDigits(int count) {
-    static thread_local std::mt19937 generator{std::random_device{}()};
-    std::uniform_int_distribution<int> digit(0, 9);
-    std::string digits;
-    for (int i = 0; i < count; ++i) {
-        digits += static_cast<char>('0' + digit(generator));
-    }
-    return digits;
-}
-
-}  // namespace
 
 int64_t SimPassportState::nowSeconds() const {
     std::lock_guard<std::mutex> lock(mutex_);

@@ -3,8 +3,9 @@
 #include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <random>
 #include <utility>
+
+#include "platform/sim_random.h"
 
 namespace tolvane::sim {
 
@@ -41,48 +42,31 @@ std::vector<SimAccount> loadAccounts() {
     return accounts;
 }
 
-std::string randomDigits(int count) {
-    static thread_local std::mt19937 generator{std::random_device{}()};
-    std::uniform_int_distribution<int> digit(0, 9);
-    std::string digits;
-    for (int i = 0; i < count; ++i) {
-        digits += static_cast<char>('0' + digit(generator));
-    }
-    return digits;
-}
-
 }  // namespace
 
 SimPlatformState::SimPlatformState() : accounts_(loadAccounts()) {}
 
-std::optional<SimAccount> SimPlatformState::accountByName(const std::string& name) const {
+std::optional<SimAccount> SimPlatformState::findAccount(std::string SimAccount::*field,
+                                                        const std::string& value) const {
     std::lock_guard<std::mutex> lock(mutex_);
     for (const SimAccount& account : accounts_) {
-        if (account.name == name) {
+        if (account.*field == value) {
             return account;
         }
     }
     return std::nullopt;
+}
+
+std::optional<SimAccount> SimPlatformState::accountByName(const std::string& name) const {
+    return findAccount(&SimAccount::name, name);
 }
 
 std::optional<SimAccount> SimPlatformState::accountByPhone(const std::string& phone) const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    for (const SimAccount& account : accounts_) {
-        if (account.phone == phone) {
-            return account;
-        }
-    }
-    return std::nullopt;
+    return findAccount(&SimAccount::phone, phone);
 }
 
 std::optional<SimAccount> SimPlatformState::accountByUid(const std::string& uid) const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    for (const SimAccount& account : accounts_) {
-        if (account.uid == uid) {
-            return account;
-        }
-    }
-    return std::nullopt;
+    return findAccount(&SimAccount::uid, uid);
 }
 
 bool SimPlatformState::setAccountRoom(const std::string& uid, QJsonObject room) {

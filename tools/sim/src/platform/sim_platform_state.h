@@ -111,6 +111,9 @@ public:
     const SimPassportState& passport() const { return passport_; }
 
 private:
+    std::optional<SimAccount> findAccount(std::string SimAccount::*field,
+                                          const std::string& value) const;
+
     mutable std::mutex mutex_;
     std::vector<SimAccount> accounts_;
     std::map<std::string, std::string> longTokens_;  // long token -> uid
