@@ -19,22 +19,19 @@ QString fromUtf8(const std::string& text) {
 
 }  // namespace
 
-int32_t VxNetServiceImp::runLibraryLogin(const LibraryLoginCall& call, const char* errorUrl,
-                                         std::string& errorMessage, std::string& longTokenOut) {
-    LoginInfo info;
-    RemoteLoginInfo remote;
+int32_t VxNetServiceImp::runLibraryCodeCall(const LibraryCodeCall& call, const char* errorUrl,
+                                            std::string& errorMessage,
+                                            const std::function<int32_t(int code)>& resultOf) {
     int code = 0;
     QString message;
-    const bool answered = call(code, message, info, remote);
+    const bool answered = call(code, message);
     lastLoginMessage_ = message.toStdString();
     if (!answered) {
         lastLoginMessage_ = tolvane::kNetworkFailureStoredText;
         errorMessage = tolvane::kNetworkFailureText;
         return kNoAnswer;
     }
-    // The library form of the result parse reports the library's own message.
-    parser_.setLastErrorMessage(lastLoginMessage_);
-    const int32_t result = onLoginResult(code, errorMessage, info, remote, longTokenOut);
+    const int32_t result = resultOf ? resultOf(code) : DataParser::parseCodeResult(code);
     if (result == 0) {
         return 0;
     }
@@ -45,6 +42,20 @@ int32_t VxNetServiceImp::runLibraryLogin(const LibraryLoginCall& call, const cha
                                 .arg(code)
                                 .arg(QString::fromStdString(errorMessage)));
     return result;
+}
+
+int32_t VxNetServiceImp::runLibraryLogin(const LibraryLoginCall& call, const char* errorUrl,
+                                         std::string& errorMessage, std::string& longTokenOut) {
+    LoginInfo info;
+    RemoteLoginInfo remote;
+    return runLibraryCodeCall(
+        [&](int& code, QString& message) { return call(code, message, info, remote); }, errorUrl,
+        errorMessage,
+        [&](int code) {
+            // The library form of the result parse reports the library's own message.
+            parser_.setLastErrorMessage(lastLoginMessage_);
+            return onLoginResult(code, errorMessage, info, remote, longTokenOut);
+        });
 }
 
 // slot 0

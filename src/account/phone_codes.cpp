@@ -1,9 +1,6 @@
 // SMS verification codes and phone binding: two calls of the login library, two signed form
 // POSTs to the content API whose envelope keeps its code under "result".
 #include "halyard/login_request.h"
-#include "parse/reply_texts.h"
-#include "parse/result_codes.h"
-#include "service/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
@@ -39,30 +36,6 @@ auto resultKeyParser(DataParser& parser, std::string& errorMessage) {
 }
 
 }  // namespace
-
-int32_t VxNetServiceImp::runLibraryCodeCall(const LibraryCodeCall& call, const char* errorUrl,
-                                            std::string& errorMessage) {
-    int code = 0;
-    QString message;
-    const bool answered = call(code, message);
-    lastLoginMessage_ = message.toStdString();
-    if (!answered) {
-        lastLoginMessage_ = tolvane::kNetworkFailureStoredText;
-        errorMessage = tolvane::kNetworkFailureText;
-        return tolvane::kNoAnswer;
-    }
-    const int32_t result = DataParser::parseCodeResult(code);
-    if (result == 0) {
-        return 0;
-    }
-    errorMessage = lastLoginMessage_;
-    tolvane::log::writeLine(tolvane::log::kMainLog,
-                            QStringLiteral("error Url: %1, errorCode: %2,  errorMsg: %3")
-                                .arg(QLatin1String(errorUrl))
-                                .arg(code)
-                                .arg(QString::fromStdString(errorMessage)));
-    return result;
-}
 
 // slot 28
 int32_t VxNetServiceImp::sendPhoneCaptcha(const std::string& text, std::string& errorMessage) {

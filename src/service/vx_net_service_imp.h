@@ -262,10 +262,12 @@ private:
         std::function<bool(int& code, QString& message, LoginInfo&, RemoteLoginInfo&)>;
     int32_t runLibraryLogin(const LibraryLoginCall& call, const char* errorUrl,
                             std::string& errorMessage, std::string& longTokenOut);
-    // The SMS-code calls of the login library: no records, the same failure texts.
+    // Any call of the login library: the same failure texts and log line. `resultOf` turns the
+    // library's code into the result; without it the code is read as a plain code result.
     using LibraryCodeCall = std::function<bool(int& code, QString& message)>;
     int32_t runLibraryCodeCall(const LibraryCodeCall& call, const char* errorUrl,
-                               std::string& errorMessage);
+                               std::string& errorMessage,
+                               const std::function<int32_t(int code)>& resultOf = {});
     int32_t storeLogin(int32_t parseResult, std::string& errorMessage,
                        const std::string& longTokenOut);
     int32_t fetchUserInfo(const char* operation, std::string& errorMessage);
