@@ -7,10 +7,10 @@
 #include <QTemporaryDir>
 #include <memory>
 
+#include "bench_fixture.h"
 #include "net/operation_request.h"
 #include "net/signing.h"
 #include "parse/data_parser.h"
-#include "platform/sim_platform.h"
 #include "service/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
@@ -28,10 +28,7 @@ struct Fixture {
     bool ready = false;
 
     Fixture() {
-        qputenv("TMPDIR", dir.path().toLocal8Bit());
-        qputenv("TOLVANE_DEFAULT_DATA", dir.filePath(QStringLiteral("default.data")).toLocal8Bit());
-        sim = std::make_unique<tolvane::sim::SimPlatform>(dir.path());
-        if (!sim->start()) {
+        if (!tolvane::bench::startSimulator(dir, sim)) {
             return;
         }
         service = std::make_unique<VxNetServiceImp>(nullptr, nullptr);
@@ -69,8 +66,7 @@ int32_t handWrittenRoomState(bool& live, bool& showType) {
 }
 
 void BM_RoomStateThroughRunner(benchmark::State& state) {
-    if (fixture == nullptr || !fixture->ready) {
-        state.SkipWithError("simulator did not start");
+    if (!tolvane::bench::fixtureReady(state, fixture, "simulator did not start")) {
         return;
     }
     bool live = false, showType = false;
@@ -83,8 +79,7 @@ void BM_RoomStateThroughRunner(benchmark::State& state) {
 }
 
 void BM_RoomStateHandWritten(benchmark::State& state) {
-    if (fixture == nullptr || !fixture->ready) {
-        state.SkipWithError("simulator did not start");
+    if (!tolvane::bench::fixtureReady(state, fixture, "simulator did not start")) {
         return;
     }
     bool live = false, showType = false;
@@ -132,13 +127,5 @@ BENCHMARK(BM_PrepareByHand)->Unit(benchmark::kMicrosecond);
 }  // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    auto shared = std::make_unique<Fixture>();
-    fixture = shared.get();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    const bool ready = shared->ready;
-    fixture = nullptr;
-    return ready ? 0 : 1;
+    return tolvane::bench::runWithFixture(argc, argv, fixture);
 }

@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "bench_fixture.h"
 #include "http/sim_http_server.h"
 #include "net/vx_net_request.h"
 
@@ -63,8 +64,7 @@ bool postOnce(VxNetRequest& request, int index) {
 }
 
 void BM_ReusedConnection(benchmark::State& state) {
-    if (fixture == nullptr || !fixture->ready) {
-        state.SkipWithError("simulator did not start");
+    if (!tolvane::bench::fixtureReady(state, fixture, "simulator did not start")) {
         return;
     }
     for (auto _ : state) {
@@ -82,8 +82,7 @@ void BM_ReusedConnection(benchmark::State& state) {
 }
 
 void BM_FreshHandlePerRequest(benchmark::State& state) {
-    if (fixture == nullptr || !fixture->ready) {
-        state.SkipWithError("simulator did not start");
+    if (!tolvane::bench::fixtureReady(state, fixture, "simulator did not start")) {
         return;
     }
     for (auto _ : state) {
@@ -107,12 +106,5 @@ BENCHMARK(BM_FreshHandlePerRequest)->Unit(benchmark::kMillisecond)->Iterations(5
 }  // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    Fixture shared;
-    fixture = &shared;
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    fixture = nullptr;
-    return shared.ready ? 0 : 1;
+    return tolvane::bench::runWithFixture(argc, argv, fixture);
 }

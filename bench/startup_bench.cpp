@@ -11,7 +11,7 @@
 #include <chrono>
 #include <memory>
 
-#include "platform/sim_platform.h"
+#include "bench_fixture.h"
 #include "tolvane/i_liveencoder_net_service.h"
 
 namespace {
@@ -51,10 +51,7 @@ struct Fixture {
     double loginMs = 0;
 
     Fixture() {
-        qputenv("TMPDIR", dir.path().toLocal8Bit());
-        qputenv("TOLVANE_DEFAULT_DATA", dir.filePath(QStringLiteral("default.data")).toLocal8Bit());
-        sim = std::make_unique<tolvane::sim::SimPlatform>(dir.path());
-        if (!sim->start()) {
+        if (!tolvane::bench::startSimulator(dir, sim)) {
             return;
         }
         baselineKiB = residentKiB();
@@ -101,9 +98,13 @@ double seconds(Clock::duration duration) {
     return std::chrono::duration<double>(duration).count();
 }
 
+bool ready(benchmark::State& state) {
+    return tolvane::bench::fixtureReady(state, fixture,
+                                        "the module or the simulator did not start");
+}
+
 void BM_CreateToFirstAnswer(benchmark::State& state) {
-    if (fixture == nullptr || !fixture->ready) {
-        state.SkipWithError("the module or the simulator did not start");
+    if (!ready(state)) {
         return;
     }
     for (auto _ : state) {
@@ -122,8 +123,7 @@ void BM_CreateToFirstAnswer(benchmark::State& state) {
 }
 
 void BM_CreateOnly(benchmark::State& state) {
-    if (fixture == nullptr || !fixture->ready) {
-        state.SkipWithError("the module or the simulator did not start");
+    if (!ready(state)) {
         return;
     }
     for (auto _ : state) {
@@ -136,8 +136,7 @@ void BM_CreateOnly(benchmark::State& state) {
 }
 
 void BM_Release(benchmark::State& state) {
-    if (fixture == nullptr || !fixture->ready) {
-        state.SkipWithError("the module or the simulator did not start");
+    if (!ready(state)) {
         return;
     }
     for (auto _ : state) {
@@ -157,8 +156,7 @@ void BM_ResidentMemory(benchmark::State& state) {
     for (auto _ : state) {
         benchmark::DoNotOptimize(fixture);
     }
-    if (fixture == nullptr || !fixture->ready) {
-        state.SkipWithError("the module or the simulator did not start");
+    if (!ready(state)) {
         return;
     }
     state.counters["cold_load_ms"] = fixture->loadMs;
@@ -179,13 +177,5 @@ BENCHMARK(BM_ResidentMemory)->Iterations(1);
 }  // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication app(argc, argv);
-    auto shared = std::make_unique<Fixture>();
-    fixture = shared.get();
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    benchmark::Shutdown();
-    const bool ready = shared->ready;
-    fixture = nullptr;
-    return ready ? 0 : 1;
+    return tolvane::bench::runWithFixture(argc, argv, fixture);
 }
