@@ -2,28 +2,13 @@
 #include <QStringList>
 
 #include "barrage/barrage_server.h"
+#include "catalogue_resources.h"
 #include "demo_road.h"
 #include "platform/sim_platform.h"
 #include "printing_observer.h"
 #include "tolvane/i_vx_live_room_info.h"
 
 namespace {
-
-// The resource files load on the module's own thread; the panel waits this long for them.
-constexpr int kResourceWaitMs = 3000;
-
-struct ResourceName {
-    VxCatalogueTable table;
-    const char* name;
-};
-
-constexpr ResourceName kResourceNames[] = {
-    {VxCatalogueTable::PropertyInfo, "property info"},
-    {VxCatalogueTable::GiftConfig, "gift config"},
-    {VxCatalogueTable::NobleEffects, "noble effects"},
-    {VxCatalogueTable::FansMedals, "fans medals"},
-    {VxCatalogueTable::DiamondFans, "diamond fans"},
-};
 
 QString text(const std::string& value) {
     return QString::fromStdString(value);
@@ -52,17 +37,10 @@ void DemoRoad::showGiftCatalogue() {
     }
     expect(QStringLiteral("prop list"), !props.isEmpty(), props.join(QStringLiteral(", ")));
 
-    auto allLoaded = [catalogue] {
-        for (const ResourceName& resource : kResourceNames) {
-            if (catalogue->resources(resource.table).empty()) {
-                return false;
-            }
-        }
-        return true;
-    };
-    const bool loaded = runEvents(kResourceWaitMs, allLoaded);
+    const bool loaded = runEvents(kCatalogueResourceWaitMs,
+                                  [catalogue] { return catalogueResourcesLoaded(*catalogue); });
     QStringList counts;
-    for (const ResourceName& resource : kResourceNames) {
+    for (const CatalogueResource& resource : kCatalogueResources) {
         counts << QStringLiteral("%1 %2")
                       .arg(QLatin1String(resource.name))
                       .arg(catalogue->resources(resource.table).size());

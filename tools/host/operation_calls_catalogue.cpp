@@ -6,40 +6,18 @@
 #include <QThread>
 
 #include "call_arguments.h"
+#include "catalogue_resources.h"
 #include "tolvane/i_vx_live_room_info.h"
 
 namespace host_calls {
 
 namespace {
 
-// The resource files arrive on the module's own thread after slot 49; a listing waits for them.
-constexpr int kResourceWaitMs = 3000;
-
-struct ResourceName {
-    VxCatalogueTable table;
-    const char* key;
-};
-
-constexpr ResourceName kResources[] = {
-    {VxCatalogueTable::PropertyInfo, "propertyInfo"}, {VxCatalogueTable::GiftConfig, "giftConfig"},
-    {VxCatalogueTable::NobleEffects, "nobleEffects"}, {VxCatalogueTable::FansMedals, "fansMedals"},
-    {VxCatalogueTable::DiamondFans, "diamondFans"},
-};
-
-bool resourcesLoaded(const IVxLiveRoomInfo& catalogue) {
-    for (const ResourceName& resource : kResources) {
-        if (catalogue.resources(resource.table).empty()) {
-            return false;
-        }
-    }
-    return true;
-}
-
 void waitForResources(const IVxLiveRoomInfo& catalogue) {
     QElapsedTimer clock;
     clock.start();
-    while (catalogue.roomId() != -1 && !resourcesLoaded(catalogue) &&
-           clock.elapsed() < kResourceWaitMs) {
+    while (catalogue.roomId() != -1 && !catalogueResourcesLoaded(catalogue) &&
+           clock.elapsed() < kCatalogueResourceWaitMs) {
         QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
         QThread::msleep(5);
     }
@@ -73,7 +51,7 @@ QJsonObject catalogueObject(const IVxLiveRoomInfo& catalogue) {
                                  {"icon", text(prop.icon)}});
     }
     QJsonObject resources;
-    for (const ResourceName& resource : kResources) {
+    for (const CatalogueResource& resource : kCatalogueResources) {
         QJsonArray records;
         for (const VxResourceRecord& record : catalogue.resources(resource.table)) {
             records.append(QJsonObject{
