@@ -1,50 +1,18 @@
 #include <gtest/gtest.h>
 
-#include <memory>
 #include <string>
 #include <vector>
 
-#include "barrage/barrage_server.h"
-#include "platform/sim_platform.h"
-#include "service/vx_net_service_imp.h"
 #include "support/log_reader.h"
-#include "support/recording_observer.h"
-#include "support/scoped_env.h"
-#include "support/wait.h"
+#include "support/sim_service_fixture.h"
 
 namespace {
 
 using Records = std::vector<sim::BarrageConnectionRecord>;
 
-class ServiceBarrage : public ::testing::Test {
+class ServiceBarrage : public BarrageSimServiceTest {
 protected:
-    void SetUp() override {
-        sim_ = std::make_unique<tolvane::sim::SimPlatform>(workspace_.path());
-        ASSERT_TRUE(sim_->start());
-        ASSERT_TRUE(sim_->startBarrageServers(1));
-        service_ = std::make_unique<VxNetServiceImp>(&observer_, nullptr);
-    }
-    void TearDown() override {
-        service_.reset();
-        sim_.reset();
-    }
-
-    void login() {
-        std::string error, token;
-        ASSERT_EQ(service_->login("anchor", "secret123", error, token), 0) << error;
-    }
-    // Starts the barrage connection and waits for its login reply to reach the host.
-    void startAndWait() {
-        ASSERT_EQ(service_->startBarrage(), 0);
-        ASSERT_TRUE(waitUntil([&] { return !observer_.events("status ").empty(); }, 5000));
-    }
-    sim::BarrageServer& server() { return sim_->barrageServer(0); }
     Records records() { return server().connections(); }
-
-    IsolatedWorkspace workspace_;
-    RecordingObserver observer_;
-    std::unique_ptr<tolvane::sim::SimPlatform> sim_;
-    std::unique_ptr<VxNetServiceImp> service_;
 };
 
 TEST_F(ServiceBarrage, StartLogsInWithTheSessionAndReportsToTheHost) {
@@ -114,7 +82,7 @@ TEST_F(ServiceBarrage, ForwardedSlotsReachTheServerAndStopWorkingAfterLogout) {
     std::vector<std::string> latest = {"stale"};
     EXPECT_EQ(service_->barrageListCall(latest), 0);
     EXPECT_TRUE(latest.empty());
-    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).contains("[msg] logout end."));
+    EXPECT_TRUE(mainLogHas("[msg] logout end."));
 }
 
 TEST_F(ServiceBarrage, WithoutARoomNothingConnects) {

@@ -1,20 +1,15 @@
 #include <gtest/gtest.h>
 
 #include <chrono>
-#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "barrage/barrage_server.h"
 #include "barrage/barrage_texts.h"
 #include "liveroom/recording_subject.h"
 #include "liveroom/vx_live_room_info.h"
 #include "platform/sim_gift_catalogue.h"
-#include "platform/sim_platform.h"
-#include "service/vx_net_service_imp.h"
-#include "support/recording_observer.h"
-#include "support/scoped_env.h"
+#include "support/sim_service_fixture.h"
 #include "support/wait.h"
 
 namespace {
@@ -28,35 +23,23 @@ constexpr const char* kSinglePropPath = "/api/prop/v1/web/single";
 constexpr int32_t kViewer = 2012;
 
 // A logged-in service with its barrage connection up and the room's catalogue loaded.
-class CatalogueBarrage : public ::testing::Test {
+class CatalogueBarrage : public BarrageSimServiceTest {
 protected:
     void SetUp() override {
-        sim_ = std::make_unique<tolvane::sim::SimPlatform>(workspace_.path());
-        ASSERT_TRUE(sim_->start());
-        ASSERT_TRUE(sim_->startBarrageServers(1));
-        service_ = std::make_unique<VxNetServiceImp>(&observer_, nullptr);
-        std::string error, token;
-        ASSERT_EQ(service_->login("anchor", "secret123", error, token), 0) << error;
-        ASSERT_EQ(service_->startBarrage(), 0);
-        ASSERT_TRUE(waitUntil([&] { return !observer_.events("status ").empty(); }, 5000));
-    }
-    void TearDown() override {
-        service_.reset();
-        sim_.reset();
+        BarrageSimServiceTest::SetUp();
+        if (HasFatalFailure()) {
+            return;
+        }
+        login();
+        startAndWait();
     }
 
     IVxLiveRoomInfo& store() { return *service_->getLiveRoomInfo(); }
-    sim::BarrageServer& server() { return sim_->barrageServer(0); }
     std::size_t requestsTo(const char* path) { return sim_->http().requestLog().to(path).size(); }
     std::string giftText(int32_t giftId, int32_t skinId = 0) {
         return sim::BarrageTexts::gift(server().nextSequence(), service_->getRoomId(), kViewer,
                                        "viewer12", giftId, 3, skinId);
     }
-
-    IsolatedWorkspace workspace_;
-    RecordingObserver observer_;
-    std::unique_ptr<tolvane::sim::SimPlatform> sim_;
-    std::unique_ptr<VxNetServiceImp> service_;
 };
 
 // A thousand messages in about a second name a gift the template lacks; the gift service is

@@ -16,7 +16,9 @@
 
 #include "http/sim_http_server.h"
 #include "service/vx_net_service_imp.h"
+#include "support/event_log.h"
 #include "support/scoped_env.h"
+#include "support/wait.h"
 
 namespace {
 
@@ -49,15 +51,9 @@ ILiveencoderNetService* createNothing(ServiceObserver*, BreadcrumbSink*) {
     return nullptr;
 }
 
-// Turns the test thread's event loop until the condition holds or the time is up.
-bool spinUntil(const std::function<bool()>& condition, int timeoutMs = 10000) {
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition() && timer.elapsed() < timeoutMs) {
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(2);
-    }
-    return condition();
+// The slow operation and a loaded machine together can take a while.
+bool spinUntil(const std::function<bool()>& condition) {
+    return waitUntil(condition, 10000);
 }
 
 class AsyncNetServiceTest : public ::testing::Test {
@@ -81,15 +77,9 @@ protected:
         };
     }
 
-    void record(const std::string& event) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        events_.push_back(event);
-    }
-
-    std::vector<std::string> events() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return events_;
-    }
+    void record(const std::string& event) { log_.add(event); }
+    std::vector<std::string> events() { return log_.events(); }
+    bool happened(const std::string& event) { return log_.heard(event); }
 
     // Events of one side: "answered" ones on the caller's thread, the others ("ran") on the
     // service thread.
@@ -104,15 +94,9 @@ protected:
         return matching;
     }
 
-    bool happened(const std::string& event) {
-        const std::vector<std::string> all = events();
-        return std::find(all.begin(), all.end(), event) != all.end();
-    }
-
     IsolatedWorkspace workspace_;
     SimHttpServer server_;
-    std::mutex mutex_;
-    std::vector<std::string> events_;
+    EventLog log_;
 };
 
 TEST_F(AsyncNetServiceTest, CallerLoopKeepsTurningWhileASlowOperationRuns) {

@@ -18,3 +18,8 @@ inline QStringList readLogMessages(const QString& logName) {
     }
     return lines;
 }
+
+// Whether today's main log holds the line, without its time prefix.
+inline bool mainLogHas(const QString& line) {
+    return readLogMessages(tolvane::log::kMainLog).contains(line);
+}

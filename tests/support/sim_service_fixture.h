@@ -6,22 +6,32 @@
 #include <string>
 #include <vector>
 
+#include "barrage/barrage_server.h"
 #include "platform/sim_platform.h"
 #include "service/vx_net_service_imp.h"
+#include "support/recording_observer.h"
 #include "support/scoped_env.h"
+#include "support/wait.h"
 
 // A running simulated platform and a service pointed at it, built fresh for every test.
 class SimServiceTest : public ::testing::Test {
 protected:
     void SetUp() override {
         sim_ = std::make_unique<tolvane::sim::SimPlatform>(workspace_.path());
-        ASSERT_TRUE(sim_->start());
-        service_ = std::make_unique<VxNetServiceImp>(nullptr, nullptr);
+        startPlatform();
+        if (HasFatalFailure()) {
+            return;
+        }
+        service_ = std::make_unique<VxNetServiceImp>(observer(), nullptr);
     }
     void TearDown() override {
         service_.reset();
         sim_.reset();
     }
+
+    // What runs before the service is made, and the host the service reports to.
+    virtual void startPlatform() { ASSERT_TRUE(sim_->start()); }
+    virtual ServiceObserver* observer() { return nullptr; }
 
     VxNetServiceImp& service() { return *service_; }
     tolvane::sim::SimPlatform& sim() { return *sim_; }
@@ -66,4 +76,27 @@ protected:
         service().refreshRoomInfo();
         ASSERT_EQ(service().getRoomId(), kAnchorRoom);
     }
+};
+
+// A service that reports to a recording host, with the simulator's barrage server running.
+class BarrageSimServiceTest : public SimServiceTest {
+protected:
+    void startPlatform() override {
+        SimServiceTest::startPlatform();
+        ASSERT_TRUE(sim_->startBarrageServers(1));
+    }
+    ServiceObserver* observer() override { return &observer_; }
+
+    void login() {
+        std::string error, token;
+        ASSERT_EQ(service_->login("anchor", "secret123", error, token), 0) << error;
+    }
+    // Starts the barrage connection and waits for its login reply to reach the host.
+    void startAndWait() {
+        ASSERT_EQ(service_->startBarrage(), 0);
+        ASSERT_TRUE(waitUntil([&] { return !observer_.events("status ").empty(); }, 5000));
+    }
+    sim::BarrageServer& server() { return sim_->barrageServer(0); }
+
+    RecordingObserver observer_;
 };
