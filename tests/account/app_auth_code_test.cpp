@@ -18,10 +18,6 @@ namespace {
 using tolvane::sim::SimReply;
 using tolvane::sim::SimRequest;
 
-bool logged(const QString& line) {
-    return readLogMessages(tolvane::log::kMainLog).contains(line);
-}
-
 // A reply of our own on one of the two passport-host routes.
 void answerWith(tolvane::sim::SimPlatform& sim, const char* method, const char* path,
                 const std::string& body) {
@@ -87,7 +83,7 @@ TEST_F(AppAuthPorts, RefusalsKeepTheListAndLogTheReply) {
         std::vector<int32_t> ports{42};
         EXPECT_EQ(service().getLoginAuthPorts(ports), c.expected) << c.body;
         EXPECT_EQ(ports, std::vector<int32_t>{42}) << c.body;
-        EXPECT_TRUE(logged(QStringLiteral("result data : %1").arg(c.body))) << c.body;
+        EXPECT_TRUE(mainLogHas(QStringLiteral("result data : %1").arg(c.body))) << c.body;
     }
     EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
                     .filter(QRegularExpression("^error Url: http://127\\.0\\.0\\.1:\\d+/japi/app/"

@@ -65,8 +65,7 @@ TEST_F(Feedback, TextAndImagesArriveIntact) {
     const auto requests = requestsTo("/api/v1/report_message");
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_TRUE(requests[0].authOk) << requests[0].signingText;
-    EXPECT_TRUE(
-        readLogMessages(tolvane::log::kMainLog).contains("reportFeedback-----------------"));
+    EXPECT_TRUE(mainLogHas("reportFeedback-----------------"));
 }
 
 TEST_F(Feedback, NothingGoesOutWhenAnImageCannotBeRead) {

@@ -19,10 +19,6 @@ using tolvane::sim::SimRequest;
 constexpr const char* kAnchorPhone = "13800000001";
 constexpr const char* kTravellerPhone = "13900000002";
 
-bool logged(const char* line) {
-    return readLogMessages(tolvane::log::kMainLog).contains(QString::fromUtf8(line));
-}
-
 std::string lastLoginMessage(VxNetServiceImp& service) {
     std::string text;
     service.getLastLoginMessage(text);
@@ -82,7 +78,7 @@ TEST_F(LibraryPhoneCodes, ASentCodeLogsInOnceAndRefusalsAreMapped) {
         EXPECT_EQ(lastLoginMessage(service()), error);
         const std::string line = std::string("error Url: ") + slot.errorUrl +
                                  ", errorCode: 603,  errorMsg: 手机号未注册";
-        EXPECT_TRUE(logged(line.c_str()));
+        EXPECT_TRUE(mainLogHas(QString::fromStdString(line)));
     }
 }
 
@@ -208,7 +204,8 @@ TEST_F(BindingCodes, TheCodeKeyIsResult) {
                                        : service().sendPhoneCaptchaNew(request, true, error);
             EXPECT_EQ(result, c.expected);
             if (c.expected != 0) {
-                EXPECT_TRUE(logged((std::string("result data : ") + c.body).c_str()));
+                EXPECT_TRUE(
+                    mainLogHas(QStringLiteral("result data : ") + QString::fromUtf8(c.body)));
             } else {
                 EXPECT_EQ(error, "untouched");
             }

@@ -69,7 +69,7 @@ TEST_F(UserInfo, RecordAccessorsAndRefresh) {
 
     service().logout();
     EXPECT_FALSE(service().refreshUserInfo(error));
-    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).contains("refreshUserInfo error: 220"));
+    EXPECT_TRUE(mainLogHas("refreshUserInfo error: 220"));
 }
 
 TEST_F(UserInfo, SparseProfileStillLogsIn) {

@@ -268,19 +268,14 @@ TEST_F(EasyNetManagerTest, StopReleasesABlockedCaller) {
     }
 }
 
-TEST(EasyNetManagerTls, TrustsOnlyTheAuthorityFromTheEnvironment) {
+TEST(EasyNetManagerTls, RefusedHandshakeIsLogged) {
     IsolatedWorkspace workspace;
     SimCertificateAuthority authority;
     FixedReplies server;
     ASSERT_TRUE(server.startHttps(authority.trustedIdentity()));
     const QString url = server.url("/ok").toString();
     QByteArray reply;
-    {
-        const ScopedEnv ca("TOLVANE_CA_FILE", QByteArray::fromStdString(authority.caFile()));
-        EasyNetManager client;
-        EXPECT_TRUE(client.get(QNetworkRequest(QUrl(url)), reply, 5000)) << reply.toStdString();
-        EXPECT_EQ(reply, "hello");
-    }
+    // The trusted case is in the TLS refusal test; here, what a refusal leaves in the log.
     const ScopedEnv ca("TOLVANE_CA_FILE", QByteArray());
     EasyNetManager client;
     EXPECT_FALSE(client.get(QNetworkRequest(QUrl(url)), reply, 5000));

@@ -20,10 +20,6 @@ QByteArray okReply(const char* data) {
     return QByteArray(R"({"error":0,"data":)") + data + "}";
 }
 
-bool logHas(const QString& line) {
-    return readLogMessages(tolvane::log::kMainLog).contains(line);
-}
-
 TEST(RoomInfoParse, RoomServerEntries) {
     IsolatedWorkspace workspace;
     struct Case {
@@ -48,7 +44,7 @@ TEST(RoomInfoParse, RoomServerEntries) {
         EXPECT_EQ(parser.parseRoomInfoResult(reply, message, servers), 0) << c.servers;
         EXPECT_EQ(listText(servers), QString::fromUtf8(c.expected)) << c.servers;
         if (c.logged != nullptr) {
-            EXPECT_TRUE(logHas(QString::fromUtf8(c.logged))) << c.servers;
+            EXPECT_TRUE(mainLogHas(QString::fromUtf8(c.logged))) << c.servers;
         }
     }
 }
@@ -128,7 +124,7 @@ TEST(RoomInfoParse, GatewayEntries) {
         EXPECT_EQ(parser.parseGatewayResult(okReply(c.data), message, servers), 0) << c.data;
         EXPECT_EQ(listText(servers), QString::fromUtf8(c.expected)) << c.data;
     }
-    EXPECT_TRUE(logHas(QStringLiteral("invalid IP:abc  port:8601")));
+    EXPECT_TRUE(mainLogHas(QStringLiteral("invalid IP:abc  port:8601")));
     // Entries without a usable port are dropped without naming them.
     EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).filter("invalid IP:10.").isEmpty());
 }
@@ -190,7 +186,7 @@ TEST(EmotionListParse, WrappedAndBroken) {
     };
     for (const Broken& b : broken) {
         EXPECT_EQ(parser.parseEmotionSeiyClassifyList(b.reply), 1) << b.reply.constData();
-        EXPECT_TRUE(logHas(b.logged)) << b.reply.constData();
+        EXPECT_TRUE(mainLogHas(b.logged)) << b.reply.constData();
         EXPECT_EQ(ids(), (std::vector<int>{201, 0, 311})) << b.reply.constData();
     }
 
