@@ -20,16 +20,6 @@ protected:
         longToken.clear();
         return service().login(name, password, errorMessage, longToken);
     }
-    std::string token() {
-        std::string text;
-        service().getToken(text);
-        return text;
-    }
-    std::string lastLoginMessage() {
-        std::string text;
-        service().getLastLoginMessage(text);
-        return text;
-    }
 
     std::string errorMessage;
     std::string longToken;

@@ -19,12 +19,6 @@ using tolvane::sim::SimRequest;
 constexpr const char* kAnchorPhone = "13800000001";
 constexpr const char* kTravellerPhone = "13900000002";
 
-std::string lastLoginMessage(VxNetServiceImp& service) {
-    std::string text;
-    service.getLastLoginMessage(text);
-    return text;
-}
-
 std::vector<std::string> keys(const SimPairs& pairs) {
     std::vector<std::string> out;
     for (const auto& pair : pairs) {
@@ -63,7 +57,7 @@ TEST_F(LibraryPhoneCodes, ASentCodeLogsInOnceAndRefusalsAreMapped) {
         std::string error = "untouched";
         ASSERT_EQ(slot.send(service(), kAnchorPhone, error), 0);
         EXPECT_EQ(error, "untouched");
-        EXPECT_EQ(lastLoginMessage(service()), "sent");
+        EXPECT_EQ(lastLoginMessage(), "sent");
         const std::string sms = platform().passport().lastSmsCode(kAnchorPhone);
         ASSERT_EQ(sms.size(), 6u);
 
@@ -75,7 +69,7 @@ TEST_F(LibraryPhoneCodes, ASentCodeLogsInOnceAndRefusalsAreMapped) {
 
         EXPECT_EQ(slot.send(service(), "10000000000", error), 214);
         EXPECT_EQ(error, "手机号未注册");
-        EXPECT_EQ(lastLoginMessage(service()), error);
+        EXPECT_EQ(lastLoginMessage(), error);
         const std::string line = std::string("error Url: ") + slot.errorUrl +
                                  ", errorCode: 603,  errorMsg: 手机号未注册";
         EXPECT_TRUE(mainLogHas(QString::fromStdString(line)));
@@ -88,7 +82,7 @@ TEST_F(LibraryPhoneCodes, NoAnswerStoresBothNetworkTexts) {
         std::string error;
         EXPECT_EQ(slot.send(service(), kAnchorPhone, error), 210) << slot.name;
         EXPECT_EQ(error, tolvane::kNetworkFailureText) << slot.name;
-        EXPECT_EQ(lastLoginMessage(service()), tolvane::kNetworkFailureStoredText) << slot.name;
+        EXPECT_EQ(lastLoginMessage(), tolvane::kNetworkFailureStoredText) << slot.name;
     }
 }
 

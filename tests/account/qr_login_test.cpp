@@ -27,11 +27,6 @@ protected:
         errorMessage.clear();
         return service().loginByQRCode(code, longToken, errorMessage);
     }
-    std::string token() {
-        std::string text;
-        service().getToken(text);
-        return text;
-    }
 
     std::string longToken;
     std::string errorMessage;
@@ -127,9 +122,7 @@ TEST_F(QrLogin, RefusedOrUnansweredCodeRequestsLeaveTheOutputs) {
     EXPECT_EQ(url, "u");
     EXPECT_EQ(code, "c");
     EXPECT_EQ(expire, 7);
-    std::string stored;
-    service().getLastLoginMessage(stored);
-    EXPECT_EQ(stored, tolvane::kNetworkFailureStoredText);
+    EXPECT_EQ(lastLoginMessage(), tolvane::kNetworkFailureStoredText);
 
     EXPECT_EQ(poll("anything"), 210);
     EXPECT_EQ(errorMessage, tolvane::kNetworkFailureText);

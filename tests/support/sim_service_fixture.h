@@ -36,6 +36,17 @@ protected:
     VxNetServiceImp& service() { return *service_; }
     tolvane::sim::SimPlatform& sim() { return *sim_; }
     tolvane::sim::SimPlatformState& platform() { return sim_->state(); }
+    // The session token and the login library's last message, as a host reads them.
+    std::string token() {
+        std::string text;
+        service_->getToken(text);
+        return text;
+    }
+    std::string lastLoginMessage() {
+        std::string text;
+        service_->getLastLoginMessage(text);
+        return text;
+    }
 
     IsolatedWorkspace workspace_;
     std::unique_ptr<tolvane::sim::SimPlatform> sim_;
