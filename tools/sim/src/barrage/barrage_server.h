@@ -111,6 +111,8 @@ private:
     int generatorRate_ = 0;
     int generatorStep_ = 0;
     int generatorGeneration_ = 0;
+    std::chrono::steady_clock::time_point generatorStart_;
+    int64_t generatorSent_ = 0;  // messages the generator has sent since its rate was set
 
     std::atomic<int32_t> sequence_{1};
     mutable std::mutex recordsMutex_;
