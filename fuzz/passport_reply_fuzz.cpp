@@ -13,10 +13,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     // The HTTP status is taken from the input too, so the error-status branches are reached.
     const int status = size > 0 ? 200 + (data[size - 1] % 4) * 100 : 200;
     const halyard::PassportVerdict verdict = halyard::readVerdict(body, status);
-    halyard::LoginInfo info;
-    halyard::RemoteLoginInfo remote;
+    LoginInfo info;
+    RemoteLoginInfo remote;
     const halyard::PassportVerdict login = halyard::readLoginReply(body, status, info, remote);
-    halyard::QRcodeLoginInfo qrCode;
+    QRcodeLoginInfo qrCode;
     const halyard::PassportVerdict qr = halyard::readQrCodeReply(body, status, qrCode);
     // One body gives one verdict, whichever reader took it.
     if (login.errorCode != verdict.errorCode || qr.errorCode != verdict.errorCode ||
