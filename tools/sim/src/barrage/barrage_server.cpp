@@ -71,6 +71,10 @@ void BarrageServer::acceptNext() {
         if (error) {
             return;  // the acceptor was closed
         }
+        // Small writes go out at once, as a real server's pushes do, instead of waiting for
+        // the previous segment's acknowledgement.
+        std::error_code ignored;
+        socket.set_option(asio::ip::tcp::no_delay(true), ignored);
         int id = 0;
         {
             std::lock_guard<std::mutex> lock(recordsMutex_);
@@ -328,6 +332,33 @@ void BarrageServer::sendText(const std::string& payload) {
 void BarrageServer::sendBytes(const std::string& bytes) {
     asio::post(io_, [this, bytes] {
         forEachOpen([&](BarrageSession& session) { session.sendBytes(bytes); });
+    });
+}
+
+void BarrageServer::sendTextInPieces(const std::string& payload, std::size_t pieceSize,
+                                     std::chrono::milliseconds gap) {
+    auto frame = std::make_shared<std::string>();
+    vxAppendFrame(payload, *frame);
+    asio::post(io_, [this, frame, pieceSize, gap] {
+        sendPiece(std::make_shared<asio::steady_timer>(io_), frame, 0,
+                  std::max<std::size_t>(pieceSize, 1), gap);
+    });
+}
+
+void BarrageServer::sendPiece(std::shared_ptr<asio::steady_timer> timer,
+                              std::shared_ptr<std::string> frame, std::size_t at,
+                              std::size_t pieceSize, std::chrono::milliseconds gap) {
+    const std::string piece = frame->substr(at, pieceSize);
+    forEachOpen([&](BarrageSession& session) { session.sendBytes(piece); });
+    at += piece.size();
+    if (at >= frame->size()) {
+        return;
+    }
+    timer->expires_after(gap);
+    timer->async_wait([this, timer, frame, at, pieceSize, gap](const std::error_code& error) {
+        if (!error) {
+            sendPiece(timer, frame, at, pieceSize, gap);
+        }
     });
 }
 
