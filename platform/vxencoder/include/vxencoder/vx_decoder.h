@@ -60,10 +60,28 @@ private:
     std::vector<vxItem> items_;
 };
 
+namespace vxscan {
+
+// Whether a raw span holds "=" or "\": a byte loop for the short spans that most keys and
+// header values are, where a library call would cost more than the search.
+inline void find(std::string_view span, bool& assign, bool& escape) {
+    if (span.size() <= 16) {
+        for (const char c : span) {
+            assign |= c == '=';
+            escape |= c == '\\';
+        }
+        return;
+    }
+    assign = std::memchr(span.data(), '=', span.size()) != nullptr;
+    escape = std::memchr(span.data(), '\\', span.size()) != nullptr;
+}
+
+}  // namespace vxscan
+
 template <typename Visit>
 bool vxDecoder::Scan(std::string_view text, Visit&& visit) {
     // Items are split at the raw ";" and "=" first, since escaped text holds neither; only a
-    // key or value that holds a "\" is then read byte by byte.
+    // key or value that holds a "\" is then read escape by escape.
     const char* const base = text.data();
     std::size_t start = 0;
     while (start < text.size()) {
@@ -74,16 +92,17 @@ bool vxDecoder::Scan(std::string_view text, Visit&& visit) {
         }
         const std::size_t length = static_cast<std::size_t>(end - base) - start;
         const char* assign = static_cast<const char*>(std::memchr(base + start, '=', length));
-        if (assign == nullptr || assign == base + start ||
-            std::memchr(assign + 1, '=', static_cast<std::size_t>(end - assign - 1)) != nullptr) {
+        if (assign == nullptr || assign == base + start) {
             return false;
         }
         vxRawItem item;
         item.key = text.substr(start, static_cast<std::size_t>(assign - base) - start);
         item.value = std::string_view(assign + 1, static_cast<std::size_t>(end - assign - 1));
-        item.keyEscaped = std::memchr(item.key.data(), '\\', item.key.size()) != nullptr;
-        item.valueEscaped = std::memchr(item.value.data(), '\\', item.value.size()) != nullptr;
-        if ((item.keyEscaped && !WellEscaped(item.key)) ||
+        bool keyAssign = false;
+        bool valueAssign = false;
+        vxscan::find(item.key, keyAssign, item.keyEscaped);
+        vxscan::find(item.value, valueAssign, item.valueEscaped);
+        if (valueAssign || (item.keyEscaped && !WellEscaped(item.key)) ||
             (item.valueEscaped && !WellEscaped(item.value))) {
             return false;
         }
