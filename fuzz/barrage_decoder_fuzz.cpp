@@ -28,6 +28,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
     const char* message = text.c_str();
     vxDecoder items;
     const bool parsed = items.Parse(text);
+    // The in-place scan classify uses must accept and split exactly as the full parse does.
+    std::size_t scanned = 0;
+    const bool scannedOk = vxDecoder::Scan(text, [&](const vxRawItem&) { ++scanned; });
+    if (scannedOk != parsed || (parsed && scanned != items.Items().size())) {
+        __builtin_trap();
+    }
     std::string first;
     // The quick look at the type must agree with a full parse whenever that succeeds.
     if (parsed && !items.Items().empty() && items.Items().front().key == "type" &&
