@@ -12,6 +12,7 @@
 
 #include "http/sim_http_server.h"
 #include "net/curl_session.h"
+#include "net/easy_net_manager.h"
 #include "net/vx_net_request.h"
 #include "parse/data_parser.h"
 #include "support/log_reader.h"
@@ -137,6 +138,43 @@ TEST_F(HostileInputTest, BrokenTransfersFailWithTheirCodeAndLogLine) {
         EXPECT_TRUE(made.value("data").toString().contains(c.detail)) << reply.toStdString();
         EXPECT_TRUE(logHas(tolvane::log::kMainLog,
                            QStringLiteral("cprGet error:") + QString::fromUtf8(reply)));
+    }
+}
+
+// The Qt client serves the host's own GET and POST slots and the uploads.
+TEST_F(HostileInputTest, TheQtClientBoundsSizeAndTimeToo) {
+    struct Case {
+        const char* name;
+        SimFault fault;
+        int timeoutMs;
+        int errorCode;
+        const char* logLine;
+        qint64 minMs;
+        qint64 maxMs;
+    };
+    const Case cases[] = {
+        {"200 MB reply", SimFault::largeBody(200u << 20), 20000, 5,
+         "reply larger than 8388608 bytes refused", 0, 10000},
+        {"one byte a second", SimFault::trickle("{\"error\":0,\"data\":\"slow\"}", 1000), 1500, -6,
+         "QNetworkAccessManager timeout 1500", 1350, 1650},
+    };
+    EasyNetManager client;
+    const QUrl url(QString::fromStdString(server_.httpOrigin()) + "/sim/echo/none");
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        server_.setFault(SimFaultTable::kAnyPath, c.fault);
+        PeakMemory memory;
+        QElapsedTimer timer;
+        timer.start();
+        QByteArray reply;
+        EXPECT_FALSE(client.get(QNetworkRequest(url), reply, c.timeoutMs));
+        const qint64 elapsedMs = timer.elapsed();
+        EXPECT_LT(memory.growthKb(), 64 * 1024);
+        EXPECT_GE(elapsedMs, c.minMs);
+        EXPECT_LE(elapsedMs, c.maxMs);
+        EXPECT_EQ(QJsonDocument::fromJson(reply).object().value("error").toInt(), c.errorCode)
+            << reply.toStdString();
+        EXPECT_TRUE(logHas(tolvane::log::kMainLog, QString::fromUtf8(c.logLine)));
     }
 }
 
