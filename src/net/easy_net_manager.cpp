@@ -24,9 +24,12 @@ namespace {
 constexpr int kTimeoutError = -6;
 
 // Aborts the reply once its body passes the limit; the abort ends it as "operation canceled".
+// The read buffer holds one byte more than the limit, so Qt's network thread stops reading
+// there instead of going on at loopback speed until this thread sees the data.
 void limitReplySize(QNetworkReply* reply) {
-    QObject::connect(reply, &QNetworkReply::downloadProgress, reply, [reply](qint64 received) {
-        if (received > EasyNetManager::kMaxReplyBytes && reply->isRunning()) {
+    reply->setReadBufferSize(EasyNetManager::kMaxReplyBytes + 1);
+    QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply] {
+        if (reply->bytesAvailable() > EasyNetManager::kMaxReplyBytes && reply->isRunning()) {
             writeLine(kMainLog, QStringLiteral("reply larger than %1 bytes refused: %2")
                                     .arg(EasyNetManager::kMaxReplyBytes)
                                     .arg(reply->url().toDisplayString()));
