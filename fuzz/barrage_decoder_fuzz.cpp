@@ -1,11 +1,14 @@
 // Feeds arbitrary bytes to everything that reads a received barrage text: the key/value
 // decoder and every operation of the message decoder.
+#include <charconv>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
 #include "corvid/message_client_system.h"
+#include "corvid/message_codes.h"
 #include "vxencoder/vx_decoder.h"
 
 namespace {
@@ -16,6 +19,47 @@ MessageDecoder* decoder() {
         return CreateVxMessageDecoder();
     }();
     return instance;
+}
+
+int32_t wholeInt32OrZero(const std::string* text) {
+    int32_t value = 0;
+    if (text == nullptr) {
+        return 0;
+    }
+    const char* last = text->data() + text->size();
+    const auto result = std::from_chars(text->data(), last, value);
+    return result.ec == std::errc() && result.ptr == last ? value : 0;
+}
+
+// classify reads the text in place; the reference here reads it through the full parse of the
+// same text (cut at its first NUL, as the decoder sees it).
+void checkClassify(const char* message, int32_t code, const MessageHeader& header) {
+    vxDecoder items;
+    const bool parsed = items.Parse(message);
+    const bool typed = parsed && !items.Items().empty() && items.Items().front().key == "type";
+    if (!typed) {
+        if (code != kMessageTypeInvalid || header.itemCount != 0) {
+            __builtin_trap();
+        }
+        return;
+    }
+    const std::string& type = items.Items().front().value;
+    if (code != messageTypeCode(type) ||
+        header.itemCount != static_cast<int32_t>(items.Items().size()) ||
+        header.sequence != wholeInt32OrZero(items.Find("seq")) ||
+        header.roomId != wholeInt32OrZero(items.Find("rid")) ||
+        header.userId != wholeInt32OrZero(items.Find("uid")) ||
+        header.timestamp != wholeInt32OrZero(items.Find("ts")) ||
+        header.level != wholeInt32OrZero(items.Find("lv")) ||
+        header.textLength != static_cast<int32_t>(std::strlen(message))) {
+        __builtin_trap();
+    }
+    // The type name is cut to its field at a character boundary, never changed.
+    const std::size_t kept = strnlen(header.typeName, sizeof header.typeName);
+    if (type.compare(0, kept, header.typeName, kept) != 0 ||
+        (type.size() < sizeof header.typeName && kept != type.size())) {
+        __builtin_trap();
+    }
 }
 
 }  // namespace
@@ -43,7 +87,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, std::size_t size) {
 
     MessageDecoder* d = decoder();
     MessageHeader header;
-    d->classify(message, &header);
+    const int32_t code32 = d->classify(message, &header);
+    checkClassify(message, code32, header);
     int32_t reason = 0;
     double hours = 0;
     d->decodeShowEnd(message, &reason, &hours);

@@ -16,6 +16,8 @@ class H(http.server.BaseHTTPRequestHandler):
             r = urllib.request.urlopen(req); code = r.status; data = r.read()
         except urllib.error.HTTPError as e:
             code = e.code; data = e.read()
+        if data[:2] == b'\x1f\x8b':
+            import gzip; data = gzip.decompress(data)
         name = self.path.split("//",1)[-1].split("/",1)[-1].split('?')[0].strip('/').replace('/', '_') or 'root'
         with open(os.path.join(OUT, name + '-' + hashlib.sha1(data).hexdigest()[:8]), 'wb') as f: f.write(data)
         self.send_response(code); self.send_header('Content-Length', str(len(data))); self.end_headers(); self.wfile.write(data)
