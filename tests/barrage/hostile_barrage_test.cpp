@@ -67,7 +67,9 @@ protected:
 TEST_F(HostileBarrageTest, AFrameWrittenOneByteAtATimeArrivesWhole) {
     sim::BarrageServer server;
     login(server);
-    ASSERT_TRUE(waitUntil([&] { return listener_->state().countOfType("loginres") == 1; }, 5000));
+    // The pieces must not interleave with the replies to the login's channel requests, so
+    // they go out once the last of those has arrived.
+    ASSERT_TRUE(waitUntil([&] { return listener_->state().countOfType("monthrk") == 1; }, 5000));
     const std::string text = sim::BarrageTexts::chat(900, 4242, 77, "slow", "one by one 中");
     // Each byte its own write and, with the gap, its own segment: every read sees one byte.
     server.sendTextInPieces(text, 1, std::chrono::milliseconds(1));
@@ -80,7 +82,8 @@ TEST_F(HostileBarrageTest, AFrameWrittenOneByteAtATimeArrivesWhole) {
             }
             return false;
         },
-        5000));
+        // A hundred timed writes are slow under the thread sanitizer.
+        30000));
     int copies = 0;
     for (const BarrageMessage& m : listener_->state().messages) {
         if (m.headerAt0 == 900) {

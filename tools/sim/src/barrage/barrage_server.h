@@ -60,6 +60,7 @@ public:
     // Bytes as they are (no framing), for broken frames of any shape.
     void sendBytes(const std::string& bytes);
     // One framed text written in pieces of pieceSize bytes, gap apart, each its own write.
+    // Frames sent meanwhile go out between the pieces, so callers wait for quiet first.
     void sendTextInPieces(const std::string& payload, std::size_t pieceSize,
                           std::chrono::milliseconds gap);
     void sendMalformedFrame();
