@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+#include <iterator>
 
 #include "parse/data_parser.h"
 
@@ -49,8 +50,31 @@ void checkEnvelope(DataParser& parser, const QByteArray& bytes, const QString& c
     readAll(root, 0);
 }
 
-// The push-line and category parsers; every array handed out is freed, so a leak shows.
-void parseAsEveryRoomReply(DataParser& parser, const QByteArray& bytes) {
+// The envelope, the configuration unwrap and the code-only replies.
+void parseAsEnvelope(DataParser& parser, const QByteArray& bytes) {
+    checkEnvelope(parser, bytes, QStringLiteral("error"), QStringLiteral("data"));
+    checkEnvelope(parser, bytes, QStringLiteral("result"), QStringLiteral("msg"));
+
+    const QByteArray unwrapped = DataParser::unwrapConfigCallback(bytes);
+    check(unwrapped.size() < bytes.size() || bytes.isEmpty());
+    check(unwrapped.isEmpty() || bytes.contains(unwrapped));
+    checkEnvelope(parser, unwrapped, QStringLiteral("error"), QStringLiteral("data"));
+
+    parser.parseCodeResult(bytes);
+    parser.parseCodeResult(bytes, QStringLiteral("result"), QStringLiteral("data"));
+    int value = 0;
+    parser.parseIntValue(bytes, QStringLiteral("count"), value);
+    if (bytes.size() >= static_cast<int>(sizeof(int))) {
+        int code = 0;
+        std::memcpy(&code, bytes.constData(), sizeof code);
+        const int mapped = DataParser::parseCodeResult(code);
+        check((mapped == 0) == (code == 0));
+        check(DataParser::parseCodeResult(mapped) == mapped);
+    }
+}
+
+// Every array handed out is freed, so a leak shows.
+void parseAsPushLines(DataParser& parser, const QByteArray& bytes) {
     PushAddress* lines = nullptr;
     PushAddress* h265 = nullptr;
     int32_t count = 0;
@@ -66,7 +90,9 @@ void parseAsEveryRoomReply(DataParser& parser, const QByteArray& bytes) {
         int32_t found = 0;
         check(parser.findPushLine(url, found) && found == lineId);
     }
+}
 
+void parseAsCategories(DataParser& parser, const QByteArray& bytes) {
     std::string message;
     std::vector<CategoryNode> tree;
     std::vector<CategoryNode> suggestions;
@@ -79,41 +105,69 @@ void parseAsEveryRoomReply(DataParser& parser, const QByteArray& bytes) {
     check(hasIcon == 0 || hasIcon == 1);
 }
 
-}  // namespace
-
-extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    // No log folder can be made under a device, so log lines are formatted and then dropped
-    // instead of filling the disk.
-    setenv("TMPDIR", "/dev/null", 1);
-    return 0;
+void parseAsAccount(DataParser& parser, const QByteArray& bytes) {
+    std::string message;
+    std::string longToken;
+    ShortTokenInfo token;
+    parser.parseLoginResult(bytes, message, longToken, token);
+    parser.parseUserInfoResult(bytes, message);
+    int serverTime = 0;
+    parser.parseServerTimeResult(bytes, serverTime);
 }
 
+void parseAsRoom(DataParser& parser, const QByteArray& bytes) {
+    std::string message;
+    QList<ServerAddress> servers;
+    parser.parseRoomInfoResult(bytes, message, servers);
+    const int roomServers = servers.size();
+    parser.parseGatewayResult(bytes, message, servers);
+    // Server lists are only ever appended to.
+    check(servers.size() >= roomServers);
+    bool live = false;
+    bool showType = false;
+    parser.parseIsRoomBroadcastingResult(bytes, live, showType);
+    parser.parseEmotionSeiyClassifyList(bytes);
+}
+
+void parseAsAnchorQueries(DataParser& parser, const QByteArray& bytes) {
+    bool inGuild = false;
+    parser.parseCheckInGuildResult(bytes, inGuild);
+    AnchorCardUser user;
+    AnchorCardLevel level;
+    parser.parseAnchorHeadHoverInfo(bytes, user, level);
+    std::string remark;
+    std::string url;
+    parser.parseCustomerServiceEntry(bytes, remark, url);
+}
+
+void parseAsRoomSettings(DataParser& parser, const QByteArray& bytes) {
+    int32_t mask = 15;
+    parser.parseWatermarkLocationResult(bytes, mask);
+    check(mask >= 0 && mask <= 15);
+    LiveRoomParameter parameter;
+    parser.parseLiveRoomParamter(bytes, parameter);
+    std::vector<BitrateConfig> configs;
+    parser.parseIntelligentSettingConfigList(bytes, configs);
+    parser.parseCreateLiveRoomResult(bytes);
+    LivingStatistics statistics;
+    parser.parseLivingStatisticalInfo(bytes, statistics);
+}
+
+using Parse = void (*)(DataParser&, const QByteArray&);
+// The first input byte picks the family; seeds carry the byte of the reply they came from.
+constexpr Parse kFamilies[] = {parseAsEnvelope,      parseAsAccount,   parseAsRoom,
+                               parseAsAnchorQueries, parseAsPushLines, parseAsCategories,
+                               parseAsRoomSettings};
+
+}  // namespace
+
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (size > 1 << 20) {
+    if (size < 1 || size > 1 << 20) {
         return 0;
     }
-    const QByteArray bytes(reinterpret_cast<const char*>(data), int(size));
+    const QByteArray bytes(reinterpret_cast<const char*>(data) + 1, int(size - 1));
     DataParser parser;
-    checkEnvelope(parser, bytes, QStringLiteral("error"), QStringLiteral("data"));
-    checkEnvelope(parser, bytes, QStringLiteral("result"), QStringLiteral("msg"));
-
-    const QByteArray unwrapped = DataParser::unwrapConfigCallback(bytes);
-    check(unwrapped.size() < bytes.size() || bytes.isEmpty());
-    check(unwrapped.isEmpty() || bytes.contains(unwrapped));
-    checkEnvelope(parser, unwrapped, QStringLiteral("error"), QStringLiteral("data"));
-
-    parser.parseCodeResult(bytes);
-    parser.parseCodeResult(bytes, QStringLiteral("result"), QStringLiteral("data"));
-    int value = 0;
-    parser.parseIntValue(bytes, QStringLiteral("count"), value);
-    if (size >= sizeof(int)) {
-        int code = 0;
-        std::memcpy(&code, data, sizeof code);
-        const int mapped = DataParser::parseCodeResult(code);
-        check((mapped == 0) == (code == 0));
-        check(DataParser::parseCodeResult(mapped) == mapped);
-    }
-    parseAsEveryRoomReply(parser, bytes);
+    kFamilies[data[0] % std::size(kFamilies)](parser, bytes);
     parser.reset();
     check(parser.lastErrorMessage().empty());
     check(parser.fmsValue().empty() && parser.referenceUrl().empty());

@@ -100,8 +100,14 @@ int32_t mapShowEndReason(int32_t serverReason) {
 BarrageMessage makeBarrageMessage(int32_t typeCode, const char* rawText,
                                   const MessageHeader& header) {
     BarrageMessage message;
+    fillBarrageMessage(message, typeCode, rawText, header);
+    return message;
+}
+
+void fillBarrageMessage(BarrageMessage& message, int32_t typeCode, const char* rawText,
+                        const MessageHeader& header) {
     message.typeCode = typeCode;
-    message.rawText = rawText;
+    message.rawText.assign(rawText);
     message.typeName.assign(header.typeName, strnlen(header.typeName, sizeof header.typeName));
     message.headerAt12 = header.timestamp;
     message.headerAt8 = header.userId;
@@ -110,7 +116,6 @@ BarrageMessage makeBarrageMessage(int32_t typeCode, const char* rawText,
     message.headerAt4 = header.roomId;
     message.headerAt20 = header.itemCount;
     message.headerAt152 = header.textLength;
-    return message;
 }
 
 std::string channelRequestText(const char* channel) {
@@ -142,7 +147,9 @@ void VxRoomClient::handleMessage(const char* rawText) {
     }
     MessageHeader header{};
     const int32_t typeCode = decoder_->classify(rawText, &header);
-    const BarrageMessage message = tolvane::barrage::makeBarrageMessage(typeCode, rawText, header);
+    // Reused from message to message: only this thread delivers messages.
+    BarrageMessage& message = received_;
+    tolvane::barrage::fillBarrageMessage(message, typeCode, rawText, header);
     switch (typeCode) {
         case kMessageTypeLoginReply:
             kicked_ = false;
@@ -209,7 +216,7 @@ void VxRoomClient::handleMessage(const char* rawText) {
     if (listener_ != nullptr) {
         listener_->onBarrageMessage(&message);
     }
-    messageLog_.writeUtf8(rawText);
+    messageLog_.writeUtf8(message.rawText);
 }
 
 void VxRoomClient::handleLoginReply(const char* rawText) {

@@ -39,6 +39,9 @@ int32_t mapShowEndReason(int32_t serverReason);
 // The host's view of a classified message; header values keep the order the host reads.
 BarrageMessage makeBarrageMessage(int32_t typeCode, const char* rawText,
                                   const MessageHeader& header);
+// The same into an existing message, whose strings keep their storage from the last one.
+void fillBarrageMessage(BarrageMessage& message, int32_t typeCode, const char* rawText,
+                        const MessageHeader& header);
 
 // Channel names the client asks for right after a login reply ("noble_num_info" twice, as
 // the platform's own client has always done) and the ones it subscribes to.

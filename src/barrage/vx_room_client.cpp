@@ -29,6 +29,8 @@ VxRoomClient::VxRoomClient(QObject* parent, IRoomListener* listener)
     decoder_ = CreateVxMessageDecoder();
     reconnectTimer_ = new QTimer(this);
     reconnectTimer_->setSingleShot(true);
+    // A coarse timer may fire up to 5 % early, and a reconnect must wait the whole second.
+    reconnectTimer_->setTimerType(Qt::PreciseTimer);
     reconnectTimer_->setInterval(1000);
     // Both may be raised on a message-library thread; the work belongs on this one.
     QObject::connect(reconnectTimer_, &QTimer::timeout, this, &VxRoomClient::connect,

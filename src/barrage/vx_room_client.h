@@ -12,6 +12,7 @@
 #include "corvid/message_callbacks.h"
 #include "corvid/message_client_system.h"
 #include "service/persistent_log_writer.h"
+#include "tolvane/barrage_message.h"
 
 class IRoomListener;
 
@@ -87,6 +88,7 @@ private:
     tolvane::log::PersistentLogWriter messageLog_;
     std::atomic<bool> loggedIn_{false};
     tolvane::barrage::LatestMessages latest_;
+    BarrageMessage received_;  // the message being handled, on the library's thread
     bool customOptions_ = false;
     MessageClientOptions options_;
 };

@@ -3,6 +3,7 @@
 #include <array>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace tolvane::net {
@@ -29,9 +30,22 @@ bool hasExplicitScheme(const std::string& url) {
     return ok;
 }
 
-size_t appendToString(char* data, size_t size, size_t count, void* target) {
-    static_cast<std::string*>(target)->append(data, size * count);
-    return size * count;
+// The reply body as it arrives, up to the session's limit.
+struct ReplySink {
+    std::string* body;
+    bool tooLarge = false;
+};
+
+size_t appendToBody(char* data, size_t size, size_t count, void* target) {
+    auto* sink = static_cast<ReplySink*>(target);
+    const size_t bytes = size * count;
+    if (bytes > CurlSession::kMaxReplyBytes - sink->body->size()) {
+        // A short count ends the transfer with a write error.
+        sink->tooLarge = true;
+        return 0;
+    }
+    sink->body->append(data, bytes);
+    return bytes;
 }
 
 std::string curlVersionAgent() {
@@ -227,8 +241,9 @@ CurlResponse CurlSession::perform(bool isPost) {
     } else {
         curl_easy_setopt(handle_, CURLOPT_HTTPGET, 1L);
     }
-    curl_easy_setopt(handle_, CURLOPT_WRITEFUNCTION, appendToString);
-    curl_easy_setopt(handle_, CURLOPT_WRITEDATA, &response.body);
+    ReplySink sink{&response.body};
+    curl_easy_setopt(handle_, CURLOPT_WRITEFUNCTION, appendToBody);
+    curl_easy_setopt(handle_, CURLOPT_WRITEDATA, &sink);
 
     // GETs change nothing on the server and keep libcurl's resend.
     std::optional<SingleSendGuard> singleSend;
@@ -245,7 +260,11 @@ CurlResponse CurlSession::perform(bool isPost) {
         response.effectiveUrl = effectiveUrl;
     }
     response.errorCode = cprErrorFromCurl(result);
-    if (result != CURLE_OK) {
+    if (sink.tooLarge) {
+        response.body.clear();
+        response.errorMessage =
+            "reply larger than " + std::to_string(kMaxReplyBytes) + " bytes refused";
+    } else if (result != CURLE_OK) {
         response.errorMessage =
             errorBuffer[0] != '\0' ? errorBuffer.data() : curl_easy_strerror(result);
     }

@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <cstddef>
 #include <map>
 #include <string>
 
@@ -29,6 +30,11 @@ struct CurlResponse {
 // to the same host; options are re-applied from scratch every time.
 class CurlSession {
 public:
+    // Largest reply body taken in. The platform's largest replies (category trees) are tens of
+    // kilobytes; a longer one is refused as it arrives (REQUEST_CANCELLED), so a hostile or
+    // broken server can't make the module hold more than this.
+    static constexpr std::size_t kMaxReplyBytes = 8 * 1024 * 1024;
+
     CurlSession();
     ~CurlSession();
     CurlSession(CurlSession&& other) noexcept;

@@ -23,6 +23,21 @@ namespace {
 
 constexpr int kTimeoutError = -6;
 
+// Aborts the reply once its body passes the limit; the abort ends it as "operation canceled".
+// The read buffer holds one byte more than the limit, so Qt's network thread stops reading
+// there instead of going on at loopback speed until this thread sees the data.
+void limitReplySize(QNetworkReply* reply) {
+    reply->setReadBufferSize(EasyNetManager::kMaxReplyBytes + 1);
+    QObject::connect(reply, &QNetworkReply::readyRead, reply, [reply] {
+        if (reply->bytesAvailable() > EasyNetManager::kMaxReplyBytes && reply->isRunning()) {
+            writeLine(kMainLog, QStringLiteral("reply larger than %1 bytes refused: %2")
+                                    .arg(EasyNetManager::kMaxReplyBytes)
+                                    .arg(reply->url().toDisplayString()));
+            reply->abort();
+        }
+    });
+}
+
 QByteArray madeUpReply(int error, const QString& message, const QByteArray& data) {
     const QJsonObject envelope{
         {QStringLiteral("error"), error},
@@ -148,6 +163,7 @@ bool EasyNetManager::sendBlocking(QNetworkAccessManager::Operation operation,
 
     const bool isPost = operation == QNetworkAccessManager::PostOperation;
     QNetworkReply* pending = dispatch(manager, withTrust(request));
+    limitReplySize(pending);
     timer.start();
     loop.exec(QEventLoop::ExcludeUserInputEvents);
     unregisterLoop(&loop);
@@ -210,6 +226,7 @@ void EasyNetManager::getAsync(const QNetworkRequest& request, QObject* receiver,
     };
 
     QNetworkReply* pending = manager->get(withTrust(request));
+    limitReplySize(pending);
     // Whichever completion comes first cuts the other one off; both run on this thread.
     connect(manager, &QNetworkAccessManager::finished, this,
             [this, manager, timer, deliver](QNetworkReply* finished) {

@@ -30,6 +30,10 @@ class EasyNetManager : public QObject {
     Q_OBJECT
 
 public:
+    // Largest reply body taken in; a longer one is aborted as it arrives (error 5, operation
+    // canceled), so a broken server can't make the module hold more than this.
+    static constexpr qint64 kMaxReplyBytes = 8 * 1024 * 1024;
+
     using ReplyHandler = std::function<void(const QByteArray&)>;
 
     // Reads TOLVANE_CA_FILE once: the PEM certificates it holds are trusted in addition to

@@ -18,7 +18,10 @@ QByteArray madeUpReply(qint64 error, const QString& message, const std::string& 
 }  // namespace
 
 bool checkReply(QByteArray& reply, const CurlResponse& response) {
-    if (response.statusCode != 0 && response.statusCode < 400) {
+    // A transfer that broke off after a good status (time-out, cut body, refused size) never
+    // delivered its reply: it fails like one that got no answer at all.
+    const bool incomplete = response.errorCode != CprErrorCode::OK && response.statusCode < 400;
+    if (response.statusCode != 0 && response.statusCode < 400 && !incomplete) {
         reply = QByteArray::fromStdString(response.body);
         return true;
     }

@@ -183,7 +183,8 @@ TEST_F(RoomClientTest, ServersAreTriedRoundRobinOneSecondApartAndTheIndexSurvive
         current.sendError(1000);
         ASSERT_TRUE(waitUntil([&] { return connectionCount(next) > before; }, 5000))
             << "step " << step;
-        EXPECT_TRUE(clock.elapsed() >= 900 && clock.elapsed() <= 2500) << clock.elapsed();
+        // Never early: a coarse timer once let this fire after 950 ms.
+        EXPECT_TRUE(clock.elapsed() >= 1000 && clock.elapsed() <= 2500) << clock.elapsed();
         ASSERT_TRUE(waitUntil([&] { return countOf(0) == step + 2; }, 5000));
     }
     EXPECT_EQ(connectionCount(servers[0]), 2u);

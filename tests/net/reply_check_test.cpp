@@ -44,6 +44,9 @@ TEST(ReplyCheck, MakesUpTheEnvelopeForFailures) {
         // A status, even with a transport error after it, is what the reply reports.
         {responseOf(404, "", CprErrorCode::OPERATION_TIMEDOUT, "late"),
          R"({"data":"","error":404,"msg":"[Error] 服务器返回异常，错误码 404"})"},
+        // A good status whose body broke off is no reply.
+        {responseOf(200, "{\"err", CprErrorCode::OPERATION_TIMEDOUT, "timed out"),
+         R"({"data":"timed out","error":8,"msg":"[Error] 网络请求失败"})"},
         {responseOf(0, "", CprErrorCode::CONNECTION_FAILURE, "Failed to connect"),
          R"({"data":"Failed to connect","error":1,"msg":"[Error] 网络请求失败"})"},
         // No exchange but no error either still counts as a failure.

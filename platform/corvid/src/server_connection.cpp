@@ -94,7 +94,8 @@ void ServerConnection::failConnect(std::error_code error) {
 void ServerConnection::readNext() {
     auto self = shared_from_this();
     socket_.async_read_some(
-        asio::buffer(readBuffer_), [self](const std::error_code& error, std::size_t size) {
+        asio::buffer(readBuffer_.data(), kReadSize),
+        [self](const std::error_code& error, std::size_t size) {
             if (self->closed_) {
                 return;
             }
@@ -106,15 +107,14 @@ void ServerConnection::readNext() {
                 }
                 return;
             }
-            std::vector<std::string> payloads;
-            const vxFrameReader::Status status =
-                self->reader_.Feed(self->readBuffer_.data(), size, payloads);
             // Frames that arrived whole before a broken one are still delivered.
-            for (const std::string& payload : payloads) {
-                self->events_.received(*self, payload);
-                if (self->closed_) {
-                    return;
-                }
+            const vxFrameReader::Status status = self->reader_.FeedInPlace(
+                self->readBuffer_.data(), size, [&self](const char* payload, std::size_t length) {
+                    self->events_.received(*self, payload, length);
+                    return !self->closed_;
+                });
+            if (self->closed_) {
+                return;
             }
             if (status != vxFrameReader::Status::Ok) {
                 std::string detail = "protocol error: ";

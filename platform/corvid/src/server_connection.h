@@ -23,7 +23,9 @@ public:
     public:
         virtual void connected(ServerConnection& connection) = 0;
         virtual void connectFailed(ServerConnection& connection, const std::error_code& error) = 0;
-        virtual void received(ServerConnection& connection, const std::string& payload) = 0;
+        // payload is NUL-terminated and valid only during the call.
+        virtual void received(ServerConnection& connection, const char* payload,
+                              std::size_t size) = 0;
         // code is a MessageClientError; the connection is already closed.
         virtual void broken(ServerConnection& connection, int32_t code,
                             const std::string& detail) = 0;
@@ -62,7 +64,9 @@ private:
     asio::ip::tcp::resolver resolver_;
     asio::steady_timer deadline_;
     vxFrameReader reader_;
-    std::array<char, 64 * 1024> readBuffer_{};
+    static constexpr std::size_t kReadSize = 64 * 1024;
+    // One byte more than a read fills: the frame reader NUL-terminates payloads in place.
+    std::array<char, kReadSize + 1> readBuffer_{};
     std::deque<std::string> outbox_;
     bool writing_ = false;
     bool open_ = false;

@@ -214,10 +214,11 @@ void VxMessageClient::connectFailed(ServerConnection& connection, const std::err
     callbacks_.error(kMessageClientConnectFailed, detail.c_str());
 }
 
-void VxMessageClient::received(ServerConnection& connection, const std::string& payload) {
+void VxMessageClient::received(ServerConnection& connection, const char* payload,
+                               std::size_t size) {
     // Only the type matters here; the module's decoder reads the rest.
     std::string type;
-    vxDecoder::PeekFirst(payload, vxwire::kType, type);
+    vxDecoder::PeekFirst(std::string_view(payload, size), vxwire::kType, type);
     if (type == vxwire::kLoginReply) {
         if (!loggedIn_) {
             loggedIn_ = true;
@@ -226,14 +227,14 @@ void VxMessageClient::received(ServerConnection& connection, const std::string& 
             callbacks_.repeaterServerConnectFinished(kMessageClientOk, connection.host().c_str(),
                                                      connection.port(), connection.elapsedMs());
         }
-        callbacks_.repeaterServerLoginReply(payload.c_str());
+        callbacks_.repeaterServerLoginReply(payload);
     } else if (type == vxwire::kKeepAlive) {
         unanswered_ = 0;
         if (callbacks_.keepAlive()) {
             return;
         }
     }
-    callbacks_.message(payload.c_str());
+    callbacks_.message(payload);
 }
 
 void VxMessageClient::broken(ServerConnection& connection, int32_t code,

@@ -51,7 +51,7 @@ private:
     // ServerConnection::Events, on the I/O thread.
     void connected(ServerConnection& connection) override;
     void connectFailed(ServerConnection& connection, const std::error_code& error) override;
-    void received(ServerConnection& connection, const std::string& payload) override;
+    void received(ServerConnection& connection, const char* payload, std::size_t size) override;
     void broken(ServerConnection& connection, int32_t code, const std::string& detail) override;
 
     // Hands a built payload to the I/O thread; false when it is empty or nothing is open.

@@ -23,19 +23,6 @@ bool VxMessageDecoder::parseAs(const char* message, std::string_view type) {
     return first.key == vxwire::kType && first.value == type;
 }
 
-namespace {
-
-// The first occurrence of a key counts, as in vxDecoder::Find; a value that is not a whole
-// 32-bit decimal number reads as zero.
-int32_t wholeInt32OrZero(const std::string& text) {
-    int32_t value = 0;
-    const char* last = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), last, value);
-    return result.ec == std::errc() && result.ptr == last ? value : 0;
-}
-
-}  // namespace
-
 int32_t VxMessageDecoder::intOrZero(std::string_view key) const {
     int32_t value = 0;
     return items_.GetInt32(key, value) ? value : 0;
@@ -171,17 +158,36 @@ bool VxMessageDecoder::decodeFansBrand(const char* message, FansBrandRecord* rec
     return true;
 }
 
+bool VxMessageDecoder::rawEquals(std::string_view raw, bool escaped, std::string_view plain) {
+    if (!escaped) {
+        return raw == plain;
+    }
+    return vxDecoder::Unescape(raw, scratch_) && scratch_ == plain;
+}
+
+int32_t VxMessageDecoder::rawInt32OrZero(std::string_view raw, bool escaped) {
+    if (escaped) {
+        if (!vxDecoder::Unescape(raw, scratch_)) {
+            return 0;
+        }
+        raw = scratch_;
+    }
+    int32_t value = 0;
+    const char* last = raw.data() + raw.size();
+    const auto result = std::from_chars(raw.data(), last, value);
+    return result.ec == std::errc() && result.ptr == last ? value : 0;
+}
+
 int32_t VxMessageDecoder::classify(const char* message, MessageHeader* header) {
     if (header == nullptr) {
         return kMessageTypeInvalid;
     }
     std::memset(header, 0, sizeof *header);
-    if (message == nullptr || !items_.Parse(message) || items_.Items().empty() ||
-        items_.Items().front().key != vxwire::kType) {
+    if (message == nullptr) {
         return kMessageTypeInvalid;
     }
-    const std::string& type = items_.Items().front().value;
-    // One pass over the items: every message is classified, so this is the hot path.
+    // Every message is classified, so this reads the text in place in one pass instead of
+    // decoding every item into the item list.
     struct HeaderField {
         std::string_view key;
         int32_t* field;
@@ -191,22 +197,39 @@ int32_t VxMessageDecoder::classify(const char* message, MessageHeader* header) {
                                   {vxwire::kUserId, &header->userId},
                                   {vxwire::kTimestamp, &header->timestamp},
                                   {vxwire::kLevel, &header->level}};
+    const std::string_view text(message);
+    std::size_t count = 0;
     unsigned found = 0;
-    for (const vxItem& item : items_.Items()) {
+    bool typed = false;
+    vxRawItem typeItem;
+    const bool wellFormed = vxDecoder::Scan(text, [&](const vxRawItem& item) {
+        if (count++ == 0) {
+            typed = rawEquals(item.key, item.keyEscaped, vxwire::kType);
+            typeItem = item;
+            return;
+        }
+        // The first occurrence of a key counts, as in vxDecoder::Find.
         for (unsigned i = 0; i < std::size(fields); ++i) {
-            if ((found & (1u << i)) == 0 && item.key == fields[i].key) {
+            if ((found & (1u << i)) == 0 && rawEquals(item.key, item.keyEscaped, fields[i].key)) {
                 found |= 1u << i;
-                *fields[i].field = wholeInt32OrZero(item.value);
+                *fields[i].field = rawInt32OrZero(item.value, item.valueEscaped);
                 break;
             }
         }
+    });
+    if (!wellFormed || !typed) {
+        std::memset(header, 0, sizeof *header);
+        return kMessageTypeInvalid;
     }
-    const std::size_t count = items_.Items().size();
+    std::string_view type = typeItem.value;
+    if (typeItem.valueEscaped) {
+        vxDecoder::Unescape(type, scratch_);
+        type = scratch_;
+    }
     constexpr std::size_t kMax = std::numeric_limits<int32_t>::max();
     header->itemCount = static_cast<int32_t>(count < kMax ? count : kMax);
     copyRecordText(type, header->typeName, sizeof header->typeName);
-    const std::size_t length = std::strlen(message);
-    header->textLength = static_cast<int32_t>(length < kMax ? length : kMax);
+    header->textLength = static_cast<int32_t>(text.size() < kMax ? text.size() : kMax);
     return messageTypeCode(type);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "corvid/message_decoder.h"
@@ -29,7 +30,12 @@ private:
     int32_t intOrZero(std::string_view key) const;
     void copyText(std::string_view key, char* field, std::size_t size) const;
 
+    // Compare or read one raw item of classify, unescaping through scratch_ only if needed.
+    bool rawEquals(std::string_view raw, bool escaped, std::string_view plain);
+    int32_t rawInt32OrZero(std::string_view raw, bool escaped);
+
     vxDecoder items_;
+    std::string scratch_;
 };
 
 }  // namespace corvid

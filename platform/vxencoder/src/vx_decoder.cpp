@@ -45,6 +45,26 @@ bool vxDecoder::PeekFirst(std::string_view text, std::string_view key, std::stri
     return raw.find(vxescape::kAssign) == std::string_view::npos && vxescape::unescape(raw, value);
 }
 
+bool vxDecoder::Unescape(std::string_view raw, std::string& out) {
+    return vxescape::unescape(raw, out);
+}
+
+bool vxDecoder::WellEscaped(std::string_view raw) {
+    for (std::size_t i = 0; i < raw.size(); ++i) {
+        if (raw[i] != vxescape::kEscape) {
+            continue;
+        }
+        if (++i == raw.size()) {
+            return false;
+        }
+        const char next = raw[i];
+        if (next != vxescape::kEscape && next != 'e' && next != 's') {
+            return false;
+        }
+    }
+    return true;
+}
+
 const std::string* vxDecoder::Find(std::string_view key) const {
     for (const vxItem& item : items_) {
         if (item.key == key) {

@@ -44,6 +44,23 @@ std::string vxFrameHeader(char magic0, char magic1, uint32_t claimedLength) {
 
 vxFrameReader::vxFrameReader(std::size_t maxPayload) : maxPayload_(maxPayload) {}
 
+vxFrameReader::Status vxFrameReader::readHeader(const char* header) {
+    if (header[0] != vxframe::kMagic0 || header[1] != vxframe::kMagic1) {
+        return Status::BadMagic;
+    }
+    claimed_ = readLength(header + 2);
+    if (claimed_ == 0) {
+        return Status::EmptyFrame;
+    }
+    return claimed_ > maxPayload_ ? Status::Oversized : Status::Ok;
+}
+
+void vxFrameReader::fail(Status status) {
+    status_ = status;
+    pending_.clear();
+    pending_.shrink_to_fit();
+}
+
 vxFrameReader::Status vxFrameReader::Feed(const char* data, std::size_t size,
                                           std::vector<std::string>& payloads) {
     while (status_ == Status::Ok && size > 0) {
@@ -56,17 +73,9 @@ vxFrameReader::Status vxFrameReader::Feed(const char* data, std::size_t size,
             break;
         }
         if (!haveHeader_) {
-            if (pending_[0] != vxframe::kMagic0 || pending_[1] != vxframe::kMagic1) {
-                status_ = Status::BadMagic;
-                break;
-            }
-            claimed_ = readLength(pending_.data() + 2);
-            if (claimed_ == 0) {
-                status_ = Status::EmptyFrame;
-                break;
-            }
-            if (claimed_ > maxPayload_) {
-                status_ = Status::Oversized;
+            const Status header = readHeader(pending_.data());
+            if (header != Status::Ok) {
+                fail(header);
                 break;
             }
             haveHeader_ = true;
@@ -75,16 +84,12 @@ vxFrameReader::Status vxFrameReader::Feed(const char* data, std::size_t size,
             continue;
         }
         if (std::memchr(pending_.data(), '\0', pending_.size()) != nullptr) {
-            status_ = Status::EmbeddedNul;
+            fail(Status::EmbeddedNul);
             break;
         }
         payloads.push_back(std::move(pending_));
         pending_.clear();
         haveHeader_ = false;
-    }
-    if (status_ != Status::Ok) {
-        pending_.clear();
-        pending_.shrink_to_fit();
     }
     return status_;
 }

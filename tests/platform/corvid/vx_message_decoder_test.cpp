@@ -47,6 +47,10 @@ TEST(VxMessageDecoder, ClassifiesByTypeNameAndFillsTheHeader) {
         {"type=chatmsg", kMessageTypeInvalid},         // unterminated
         {"", kMessageTypeInvalid},
         {"\x01\x02garbage", kMessageTypeInvalid},
+        // Header items already read don't survive a fault later in the text.
+        {"type=chatmsg;seq=5;rid=9;txt=\\x;", kMessageTypeInvalid},
+        {"type=chatmsg;seq=5;rid=9;txt", kMessageTypeInvalid},
+        {"typ\\e=chatmsg;", kMessageTypeInvalid},  // the key reads "typ=", not "type"
     };
     for (const Case& c : cases) {
         MessageHeader header;
@@ -69,6 +73,15 @@ TEST(VxMessageDecoder, ClassifiesByTypeNameAndFillsTheHeader) {
     EXPECT_EQ(header.itemCount, 7);
     EXPECT_STREQ(header.typeName, "chatmsg");
     EXPECT_EQ(header.textLength, static_cast<int32_t>(chat.size()));
+
+    // Escaped keys and values are read as what they stand for; the first of a key counts.
+    const std::string escaped =
+        encode({{"type", "fans;rk"}, {"s=q", "1"}, {"seq", "4\\2"}, {"rid", "7"}, {"rid", "8"}});
+    ASSERT_EQ(decoder->classify(escaped.c_str(), &header), kMessageTypeUnknown);
+    EXPECT_STREQ(header.typeName, "fans;rk");
+    EXPECT_EQ(header.sequence, 0);  // "4\\2" is not a number
+    EXPECT_EQ(header.roomId, 7);
+    EXPECT_EQ(header.itemCount, 5);
 
     // A type name longer than its field is cut, NUL-terminated, and has no code.
     const std::string longName = "type=" + std::string(300, 'n') + ";seq=x;";

@@ -105,10 +105,35 @@ TEST(VxDecoder, RejectsMalformedTextsWhole) {
         ASSERT_TRUE(decoder.Parse("seen=1;"));
         EXPECT_FALSE(decoder.Parse(text)) << text;
         EXPECT_TRUE(decoder.Items().empty()) << text;
+        // The in-place reader refuses exactly what Parse refuses.
+        EXPECT_FALSE(vxDecoder::Scan(text, [](const vxRawItem&) {})) << text;
     }
     vxDecoder empty;
     EXPECT_TRUE(empty.Parse(""));
     EXPECT_TRUE(empty.Items().empty());
+}
+
+TEST(VxDecoder, ScanSeesWhatParseDecodes) {
+    const std::string text = "type=chatmsg;k\\e=v\\s\\\\;plain=;";
+    vxDecoder decoder;
+    ASSERT_TRUE(decoder.Parse(text));
+    std::vector<vxItem> scanned;
+    std::vector<bool> escaped;
+    ASSERT_TRUE(vxDecoder::Scan(text, [&](const vxRawItem& raw) {
+        vxItem item;
+        EXPECT_TRUE(vxDecoder::Unescape(raw.key, item.key));
+        EXPECT_TRUE(vxDecoder::Unescape(raw.value, item.value));
+        scanned.push_back(item);
+        escaped.push_back(raw.keyEscaped || raw.valueEscaped);
+    }));
+    ASSERT_EQ(scanned.size(), decoder.Items().size());
+    for (std::size_t i = 0; i < scanned.size(); ++i) {
+        EXPECT_EQ(scanned[i].key, decoder.Items()[i].key);
+        EXPECT_EQ(scanned[i].value, decoder.Items()[i].value);
+    }
+    EXPECT_EQ(scanned[1].key, "k=");
+    EXPECT_EQ(scanned[1].value, "v;\\");
+    EXPECT_EQ(escaped, (std::vector<bool>{false, true, false}));
 }
 
 TEST(VxDecoder, ReadsNumbersStrictly) {

@@ -16,6 +16,21 @@ std::string frame(const std::string& payload) {
     return out;
 }
 
+// FeedInPlace over a copy of the bytes with its one spare byte; the copy must come back as
+// it was, since the reader only borrows the byte after each payload.
+Status feedInPlace(vxFrameReader& reader, const std::string& bytes,
+                   std::vector<std::string>& payloads) {
+    std::string buffer = bytes + '#';
+    const Status status =
+        reader.FeedInPlace(buffer.data(), bytes.size(), [&](const char* text, std::size_t size) {
+            EXPECT_EQ(text[size], '\0');
+            payloads.emplace_back(text, size);
+            return true;
+        });
+    EXPECT_EQ(buffer, bytes + '#');
+    return status;
+}
+
 TEST(VxFrame, WritesMarkAndLittleEndianLength) {
     std::string out;
     ASSERT_TRUE(vxAppendFrame("type=a;", out));
@@ -48,7 +63,28 @@ TEST(VxFrame, ReassemblesWhateverTheChunking) {
         }
         EXPECT_EQ(got, payloads) << "chunk " << chunk;
         EXPECT_EQ(reader.pendingBytes(), 0u);
+
+        vxFrameReader inPlace;
+        std::vector<std::string> delivered;
+        for (std::size_t at = 0; at < stream.size(); at += chunk) {
+            const std::size_t n = std::min(chunk, stream.size() - at);
+            ASSERT_EQ(feedInPlace(inPlace, stream.substr(at, n), delivered), Status::Ok) << chunk;
+        }
+        EXPECT_EQ(delivered, payloads) << "in place, chunk " << chunk;
+        EXPECT_EQ(inPlace.pendingBytes(), 0u);
     }
+}
+
+TEST(VxFrame, InPlaceDeliveryStopsWhenAsked) {
+    const std::string stream = frame("a=1;") + frame("b=2;") + frame("c=3;");
+    std::string buffer = stream + '#';
+    vxFrameReader reader;
+    int calls = 0;
+    EXPECT_EQ(reader.FeedInPlace(buffer.data(), stream.size(),
+                                 [&](const char*, std::size_t) { return ++calls < 2; }),
+              Status::Ok);
+    EXPECT_EQ(calls, 2);
+    EXPECT_EQ(buffer, stream + '#');
 }
 
 TEST(VxFrame, RefusesBrokenFramesForGood) {
@@ -77,6 +113,12 @@ TEST(VxFrame, RefusesBrokenFramesForGood) {
         const std::string good = frame("k=v;");
         EXPECT_EQ(reader.Feed(good.data(), good.size(), got), c.status) << c.name;
         EXPECT_EQ(got.size(), c.payloadsBefore) << c.name;
+
+        vxFrameReader inPlace;
+        std::vector<std::string> delivered;
+        EXPECT_EQ(feedInPlace(inPlace, c.bytes, delivered), c.status) << c.name;
+        EXPECT_EQ(delivered.size(), c.payloadsBefore) << c.name;
+        EXPECT_EQ(inPlace.pendingBytes(), 0u) << c.name;
     }
     vxFrameReader small(4);
     std::vector<std::string> got;

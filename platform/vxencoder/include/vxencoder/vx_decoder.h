@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -8,6 +9,15 @@
 struct vxItem {
     std::string key;
     std::string value;
+};
+
+// One item of a text as it stands, before unescaping; the flags say whether the key or the
+// value holds an escape at all (most hold none, and can be used as they are).
+struct vxRawItem {
+    std::string_view key;
+    std::string_view value;
+    bool keyEscaped = false;
+    bool valueEscaped = false;
 };
 
 // Reads a barrage text written by vxEncoder back into its items. Parsing is all or nothing:
@@ -24,6 +34,17 @@ public:
     // false when the first item is another key or malformed.
     static bool PeekFirst(std::string_view text, std::string_view key, std::string& value);
 
+    // Walks text item by item without copying anything, for readers that want a few items of
+    // every message: visit(const vxRawItem&) is called for each in order. Refuses exactly the
+    // texts Parse refuses, but items before the fault have been visited by then.
+    template <typename Visit>
+    static bool Scan(std::string_view text, Visit&& visit);
+
+    // Undoes the escaping of a raw key or value; false when it is malformed.
+    static bool Unescape(std::string_view raw, std::string& out);
+    // Whether every escape in a raw key or value is one Unescape accepts.
+    static bool WellEscaped(std::string_view raw);
+
     // The value of the first item with this key, or null.
     const std::string* Find(std::string_view key) const;
 
@@ -38,3 +59,55 @@ public:
 private:
     std::vector<vxItem> items_;
 };
+
+namespace vxscan {
+
+// Whether a raw span holds "=" or "\": a byte loop for the short spans that most keys and
+// header values are, where a library call would cost more than the search.
+inline void find(std::string_view span, bool& assign, bool& escape) {
+    if (span.size() <= 16) {
+        for (const char c : span) {
+            assign |= c == '=';
+            escape |= c == '\\';
+        }
+        return;
+    }
+    assign = std::memchr(span.data(), '=', span.size()) != nullptr;
+    escape = std::memchr(span.data(), '\\', span.size()) != nullptr;
+}
+
+}  // namespace vxscan
+
+template <typename Visit>
+bool vxDecoder::Scan(std::string_view text, Visit&& visit) {
+    // Items are split at the raw ";" and "=" first, since escaped text holds neither; only a
+    // key or value that holds a "\" is then read escape by escape.
+    const char* const base = text.data();
+    std::size_t start = 0;
+    while (start < text.size()) {
+        const char* end =
+            static_cast<const char*>(std::memchr(base + start, ';', text.size() - start));
+        if (end == nullptr) {
+            return false;
+        }
+        const std::size_t length = static_cast<std::size_t>(end - base) - start;
+        const char* assign = static_cast<const char*>(std::memchr(base + start, '=', length));
+        if (assign == nullptr || assign == base + start) {
+            return false;
+        }
+        vxRawItem item;
+        item.key = text.substr(start, static_cast<std::size_t>(assign - base) - start);
+        item.value = std::string_view(assign + 1, static_cast<std::size_t>(end - assign - 1));
+        bool keyAssign = false;
+        bool valueAssign = false;
+        vxscan::find(item.key, keyAssign, item.keyEscaped);
+        vxscan::find(item.value, valueAssign, item.valueEscaped);
+        if (valueAssign || (item.keyEscaped && !WellEscaped(item.key)) ||
+            (item.valueEscaped && !WellEscaped(item.value))) {
+            return false;
+        }
+        visit(static_cast<const vxRawItem&>(item));
+        start = static_cast<std::size_t>(end - base) + 1;
+    }
+    return true;
+}

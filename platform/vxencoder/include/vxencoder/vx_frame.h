@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -36,6 +38,14 @@ public:
     // Consumes size bytes, appending each completed payload to payloads in stream order.
     Status Feed(const char* data, std::size_t size, std::vector<std::string>& payloads);
 
+    // The same cut, for the receive loop: each payload goes to deliver(const char* text,
+    // std::size_t size) the moment it is complete, NUL-terminated, and is not copied when it
+    // arrived whole in this read. For that data[size] must be writable, and the byte after a
+    // payload is set to NUL during its call and restored after. deliver returns false to stop
+    // (the rest of data is then dropped, as the connection is going away).
+    template <typename Deliver>
+    Status FeedInPlace(char* data, std::size_t size, Deliver&& deliver);
+
     Status status() const { return status_; }
     // The length the offending header claimed, for an Oversized or EmptyFrame status.
     uint32_t claimedLength() const { return claimed_; }
@@ -45,9 +55,78 @@ public:
     static const char* Describe(Status status);
 
 private:
+    // Checks a complete header; Ok and the claimed length in claimed_, or the violation.
+    Status readHeader(const char* header);
+    void fail(Status status);
+
     std::size_t maxPayload_;
     Status status_ = Status::Ok;
     std::string pending_;
     bool haveHeader_ = false;
     uint32_t claimed_ = 0;
 };
+
+template <typename Deliver>
+vxFrameReader::Status vxFrameReader::FeedInPlace(char* data, std::size_t size, Deliver&& deliver) {
+    while (status_ == Status::Ok && size > 0) {
+        if (!haveHeader_ && pending_.empty() && size >= vxframe::kHeaderSize) {
+            // The common case: a header at the start of what is left of this read.
+            const Status header = readHeader(data);
+            if (header != Status::Ok) {
+                fail(header);
+                break;
+            }
+            data += vxframe::kHeaderSize;
+            size -= vxframe::kHeaderSize;
+            if (size >= claimed_) {
+                if (std::memchr(data, '\0', claimed_) != nullptr) {
+                    fail(Status::EmbeddedNul);
+                    break;
+                }
+                const char saved = data[claimed_];
+                data[claimed_] = '\0';
+                const bool more = deliver(static_cast<const char*>(data), std::size_t{claimed_});
+                data[claimed_] = saved;
+                data += claimed_;
+                size -= claimed_;
+                if (!more) {
+                    break;
+                }
+                continue;
+            }
+            haveHeader_ = true;
+            pending_.reserve(claimed_);
+        }
+        // A header or payload split across reads is gathered in pending_.
+        const std::size_t wanted = haveHeader_ ? claimed_ : vxframe::kHeaderSize;
+        const std::size_t take = std::min(size, wanted - pending_.size());
+        pending_.append(data, take);
+        data += take;
+        size -= take;
+        if (pending_.size() < wanted) {
+            break;
+        }
+        if (!haveHeader_) {
+            const Status header = readHeader(pending_.data());
+            if (header != Status::Ok) {
+                fail(header);
+                break;
+            }
+            haveHeader_ = true;
+            pending_.clear();
+            pending_.reserve(claimed_);
+            continue;
+        }
+        if (std::memchr(pending_.data(), '\0', pending_.size()) != nullptr) {
+            fail(Status::EmbeddedNul);
+            break;
+        }
+        haveHeader_ = false;
+        const bool more = deliver(static_cast<const char*>(pending_.c_str()), pending_.size());
+        pending_.clear();
+        if (!more) {
+            break;
+        }
+    }
+    return status_;
+}

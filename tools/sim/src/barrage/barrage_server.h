@@ -59,6 +59,10 @@ public:
     void sendText(const std::string& payload);
     // Bytes as they are (no framing), for broken frames of any shape.
     void sendBytes(const std::string& bytes);
+    // One framed text written in pieces of pieceSize bytes, gap apart, each its own write.
+    // Frames sent meanwhile go out between the pieces, so callers wait for quiet first.
+    void sendTextInPieces(const std::string& payload, std::size_t pieceSize,
+                          std::chrono::milliseconds gap);
     void sendMalformedFrame();
     // A header that claims claimedLength payload bytes, followed by a few of them.
     void sendOversizedFrame(uint32_t claimedLength = 1u << 30);
@@ -88,6 +92,8 @@ private:
     std::string generatedMessage(int32_t roomId);
     void forEachOpen(const std::function<void(BarrageSession&)>& action);
     void armGenerator();
+    void sendPiece(std::shared_ptr<asio::steady_timer> timer, std::shared_ptr<std::string> frame,
+                   std::size_t at, std::size_t pieceSize, std::chrono::milliseconds gap);
     template <typename Update>
     void updateRecord(int id, Update update);
     int32_t takeSequence() { return sequence_++; }
@@ -111,6 +117,8 @@ private:
     int generatorRate_ = 0;
     int generatorStep_ = 0;
     int generatorGeneration_ = 0;
+    std::chrono::steady_clock::time_point generatorStart_;
+    int64_t generatorSent_ = 0;  // messages the generator has sent since its rate was set
 
     std::atomic<int32_t> sequence_{1};
     mutable std::mutex recordsMutex_;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstring>
 #include <exception>
+#include <functional>
 
 #include "http/sim_builtin_routes.h"
 #include "http/sim_connection_closer.h"
@@ -141,13 +142,55 @@ void setDroppedBody(httplib::Response& out, std::string body) {
         });
 }
 
+// Announces the whole body and hands it out one byte at a time; `pause` returns false when
+// the server is stopping, which ends the reply.
+void setTrickledBody(httplib::Response& out, std::string body, int intervalMs,
+                     std::function<bool(std::chrono::milliseconds)> pause) {
+    if (body.empty()) {
+        body = "{\"error\":0,\"data\":\"trickled\"}";
+    }
+    const std::size_t size = body.size();
+    out.status = 200;
+    out.set_content_provider(size, "application/json",
+                             [body = std::move(body), intervalMs, pause = std::move(pause)](
+                                 std::size_t offset, std::size_t, httplib::DataSink& sink) {
+                                 if (offset > 0 && !pause(std::chrono::milliseconds(intervalMs))) {
+                                     return false;
+                                 }
+                                 return sink.write(body.data() + offset, 1);
+                             });
+}
+
+// A chunked reply that stops after its first half without the closing chunk.
+void setTruncatedChunks(httplib::Response& out, std::string body) {
+    if (body.size() < 2) {
+        body = "{\"error\":0,\"data\":\"truncated\"}";
+    }
+    out.status = 200;
+    out.set_chunked_content_provider(
+        "application/json", [body = std::move(body)](std::size_t offset, httplib::DataSink& sink) {
+            if (offset == 0) {
+                sink.write(body.data(), body.size() / 2);
+                return true;
+            }
+            return false;
+        });
+}
+
 void writeReply(httplib::Response& out, const SimReply& reply) {
     out.status = reply.status;
     out.set_content(reply.body, reply.contentType);
 }
 
-void writeFault(httplib::Response& out, const SimFault& fault) {
+void writeFault(httplib::Response& out, const SimFault& fault,
+                std::function<bool(std::chrono::milliseconds)> pause) {
     switch (fault.kind) {
+        case SimFault::Kind::Trickle:
+            setTrickledBody(out, fault.body, fault.intervalMs, std::move(pause));
+            break;
+        case SimFault::Kind::TruncatedChunks:
+            setTruncatedChunks(out, fault.body);
+            break;
         case SimFault::Kind::Status: {
             const std::string body = !fault.body.empty()
                                          ? fault.body
@@ -371,7 +414,8 @@ void SimHttpServer::handle(const httplib::Request& in, httplib::Response& out, c
     if (fault->kind == SimFault::Kind::CloseBeforeReply && closeConnectionOf(in)) {
         return;
     }
-    writeFault(out, *fault);
+    writeFault(out, *fault,
+               [this](std::chrono::milliseconds delay) { return waitUnlessStopping(delay); });
 }
 
 }  // namespace tolvane::sim

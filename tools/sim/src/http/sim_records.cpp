@@ -75,4 +75,19 @@ SimFault SimFault::closeBeforeReply() {
     return fault;
 }
 
+SimFault SimFault::trickle(std::string body, int intervalMs) {
+    SimFault fault;
+    fault.kind = Kind::Trickle;
+    fault.body = std::move(body);
+    fault.intervalMs = intervalMs;
+    return fault;
+}
+
+SimFault SimFault::truncatedChunks(std::string body) {
+    SimFault fault;
+    fault.kind = Kind::TruncatedChunks;
+    fault.body = std::move(body);
+    return fault;
+}
+
 }  // namespace tolvane::sim

@@ -88,12 +88,15 @@ struct SimFault {
         LargeBody,         // 200 with exactly `size` bytes of valid JSON
         DropConnection,    // headers and part of the body, then the socket closes
         CloseBeforeReply,  // the request is read, then the socket closes without a reply byte
+        Trickle,           // 200 with `body`, one byte every `intervalMs`
+        TruncatedChunks,   // 200, chunked: the first half of `body`, then the socket closes
     };
     Kind kind = Kind::None;
     int delayMs = 0;
     int status = 500;
     std::string body;
     std::size_t size = 0;
+    int intervalMs = 1000;
     bool once = false;  // removed after the first request it hits
 
     static SimFault delay(int ms);
@@ -102,6 +105,8 @@ struct SimFault {
     static SimFault largeBody(std::size_t bytes);
     static SimFault dropConnection();
     static SimFault closeBeforeReply();
+    static SimFault trickle(std::string body, int intervalMs = 1000);
+    static SimFault truncatedChunks(std::string body);
     SimFault& oneShot() {
         once = true;
         return *this;

@@ -1,0 +1,210 @@
+// What a misbehaving server can send, against the request client and the reply parser: each
+// case must end in its result code and its log line, in bounded time and memory.
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <atomic>
+#include <fstream>
+#include <string>
+#include <thread>
+
+#include "http/sim_http_server.h"
+#include "net/curl_session.h"
+#include "net/easy_net_manager.h"
+#include "net/vx_net_request.h"
+#include "parse/data_parser.h"
+#include "support/log_reader.h"
+#include "support/scoped_env.h"
+
+using tolvane::sim::SimFault;
+using tolvane::sim::SimFaultTable;
+
+namespace {
+
+long residentKb() {
+    std::ifstream status("/proc/self/status");
+    std::string key;
+    long value = 0;
+    while (status >> key) {
+        if (key == "VmRSS:") {
+            status >> value;
+            return value;
+        }
+        status.ignore(1 << 12, '\n');
+    }
+    return 0;
+}
+
+// The largest resident size seen while it runs, sampled every few milliseconds.
+class PeakMemory {
+public:
+    PeakMemory() : start_(residentKb()), peak_(start_) {
+        sampler_ = std::thread([this] {
+            while (!done_) {
+                const long now = residentKb();
+                if (now > peak_) {
+                    peak_ = now;
+                }
+                std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            }
+        });
+    }
+    ~PeakMemory() { stop(); }
+    long growthKb() {
+        stop();
+        return peak_ - start_;
+    }
+
+private:
+    void stop() {
+        done_ = true;
+        if (sampler_.joinable()) {
+            sampler_.join();
+        }
+    }
+    long start_;
+    std::atomic<long> peak_;
+    std::atomic<bool> done_{false};
+    std::thread sampler_;
+};
+
+bool logHas(const QString& logName, const QString& text) {
+    for (const QString& line : readLogMessages(logName)) {
+        if (line.contains(text)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+class HostileInputTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(server_.start());
+        const QJsonObject endpoints{{"origin", QString::fromStdString(server_.httpOrigin())}};
+        workspace_.writeDefaultData(
+            QJsonDocument(QJsonObject{{"app.domain", 1}, {"endpoints", endpoints}}).toJson());
+        server_.setEnvironment(1);
+        request_ = std::make_unique<VxNetRequest>(1, nullptr, nullptr);
+    }
+
+    // A GET whose reply is the fault; the elapsed milliseconds come back through elapsedMs.
+    bool get(const SimFault& fault, int timeoutMs, QByteArray& reply, qint64& elapsedMs) {
+        server_.setFault(SimFaultTable::kAnyPath, fault);
+        QElapsedTimer timer;
+        timer.start();
+        const bool ok = request_->cprGet(reply, 1, "sim/echo/query", {}, {}, timeoutMs);
+        elapsedMs = timer.elapsed();
+        return ok;
+    }
+
+    IsolatedWorkspace workspace_;
+    tolvane::sim::SimHttpServer server_;
+    std::unique_ptr<VxNetRequest> request_;
+};
+
+TEST_F(HostileInputTest, BrokenTransfersFailWithTheirCodeAndLogLine) {
+    const std::string okBody = R"({"error":0,"data":{"nickname":"anchor"}})";
+    struct Case {
+        const char* name;
+        SimFault fault;
+        int timeoutMs;
+        int errorCode;  // the made-up reply's "error"
+        const char* detail;
+        qint64 minMs;
+        qint64 maxMs;
+    };
+    const Case cases[] = {
+        // Refused at the limit as it streams in, long before 200 MB have been read.
+        {"200 MB reply", SimFault::largeBody(200u << 20), 20000, 16, "reply larger than 8388608", 0,
+         10000},
+        // One byte a second keeps the connection busy; the time-out still ends it, within 10 %.
+        {"one byte a second", SimFault::trickle(okBody, 1000), 1500, 8, "", 1350, 1650},
+        {"truncated chunked body", SimFault::truncatedChunks(okBody), 5000, 4, "", 0, 4000},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        PeakMemory memory;
+        QByteArray reply;
+        qint64 elapsedMs = 0;
+        EXPECT_FALSE(get(c.fault, c.timeoutMs, reply, elapsedMs));
+        EXPECT_LT(memory.growthKb(), 64 * 1024);
+        EXPECT_GE(elapsedMs, c.minMs);
+        EXPECT_LE(elapsedMs, c.maxMs);
+        const QJsonObject made = QJsonDocument::fromJson(reply).object();
+        EXPECT_EQ(made.value("error").toInt(), c.errorCode) << reply.toStdString();
+        EXPECT_TRUE(made.value("data").toString().contains(c.detail)) << reply.toStdString();
+        EXPECT_TRUE(logHas(tolvane::log::kMainLog,
+                           QStringLiteral("cprGet error:") + QString::fromUtf8(reply)));
+    }
+}
+
+// The Qt client serves the host's own GET and POST slots and the uploads.
+TEST_F(HostileInputTest, TheQtClientBoundsSizeAndTimeToo) {
+    struct Case {
+        const char* name;
+        SimFault fault;
+        int timeoutMs;
+        int errorCode;
+        const char* logLine;
+        qint64 minMs;
+        qint64 maxMs;
+    };
+    const Case cases[] = {
+        {"200 MB reply", SimFault::largeBody(200u << 20), 20000, 5,
+         "reply larger than 8388608 bytes refused", 0, 10000},
+        {"one byte a second", SimFault::trickle("{\"error\":0,\"data\":\"slow\"}", 1000), 1500, -6,
+         "QNetworkAccessManager timeout 1500", 1350, 1650},
+    };
+    EasyNetManager client;
+    const QUrl url(QString::fromStdString(server_.httpOrigin()) + "/sim/echo/none");
+    // Qt's network machinery is set up by the first request; that is not the reply's memory.
+    QByteArray warmUp;
+    ASSERT_TRUE(client.get(QNetworkRequest(url), warmUp, 5000));
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        server_.setFault(SimFaultTable::kAnyPath, c.fault);
+        PeakMemory memory;
+        QElapsedTimer timer;
+        timer.start();
+        QByteArray reply;
+        EXPECT_FALSE(client.get(QNetworkRequest(url), reply, c.timeoutMs));
+        const qint64 elapsedMs = timer.elapsed();
+        EXPECT_LT(memory.growthKb(), 64 * 1024);
+        EXPECT_GE(elapsedMs, c.minMs);
+        EXPECT_LE(elapsedMs, c.maxMs);
+        EXPECT_EQ(QJsonDocument::fromJson(reply).object().value("error").toInt(), c.errorCode)
+            << reply.toStdString();
+        EXPECT_TRUE(logHas(tolvane::log::kMainLog, QString::fromUtf8(c.logLine)));
+    }
+}
+
+TEST_F(HostileInputTest, UnreadableJsonIsRefusedByTheParser) {
+    const std::string deep = std::string(100000, '[') + std::string(100000, ']');
+    struct Case {
+        const char* name;
+        std::string body;
+    };
+    const Case cases[] = {
+        {"invalid UTF-8", "{\"error\":0,\"data\":{\"nickname\":\"a\xff\xfe\xc3(\"}}"},
+        {"overlong encoding", "{\"error\":0,\"data\":{\"nickname\":\"\xc0\xaf\"}}"},
+        {"nested 100,000 deep", "{\"error\":0,\"data\":" + deep + "}"},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        QByteArray reply;
+        qint64 elapsedMs = 0;
+        ASSERT_TRUE(get(SimFault::httpStatus(200, c.body), 5000, reply, elapsedMs));
+        ASSERT_EQ(reply.toStdString(), c.body);
+        DataParser parser;
+        std::string message;
+        EXPECT_EQ(parser.parseUserInfoResult(reply, message), DataParser::kReplyNotJson);
+        EXPECT_TRUE(logHas(
+            tolvane::log::kMainLog,
+            QStringLiteral("parse data failed! errorCode:%1").arg(DataParser::kReplyNotJson)));
+    }
+}
+
+}  // namespace
