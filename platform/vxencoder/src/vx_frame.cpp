@@ -63,6 +63,14 @@ void vxFrameReader::fail(Status status) {
 
 vxFrameReader::Status vxFrameReader::Feed(const char* data, std::size_t size,
                                           std::vector<std::string>& payloads) {
+    while (gather(data, size)) {
+        payloads.push_back(std::move(pending_));
+        pending_.clear();
+    }
+    return status_;
+}
+
+bool vxFrameReader::gather(const char*& data, std::size_t& size) {
     while (status_ == Status::Ok && size > 0) {
         const std::size_t wanted = haveHeader_ ? claimed_ : vxframe::kHeaderSize;
         const std::size_t take = std::min(size, wanted - pending_.size());
@@ -70,13 +78,13 @@ vxFrameReader::Status vxFrameReader::Feed(const char* data, std::size_t size,
         data += take;
         size -= take;
         if (pending_.size() < wanted) {
-            break;
+            return false;
         }
         if (!haveHeader_) {
             const Status header = readHeader(pending_.data());
             if (header != Status::Ok) {
                 fail(header);
-                break;
+                return false;
             }
             haveHeader_ = true;
             pending_.clear();
@@ -85,13 +93,12 @@ vxFrameReader::Status vxFrameReader::Feed(const char* data, std::size_t size,
         }
         if (std::memchr(pending_.data(), '\0', pending_.size()) != nullptr) {
             fail(Status::EmbeddedNul);
-            break;
+            return false;
         }
-        payloads.push_back(std::move(pending_));
-        pending_.clear();
         haveHeader_ = false;
+        return true;
     }
-    return status_;
+    return false;
 }
 
 const char* vxFrameReader::Describe(Status status) {

@@ -58,6 +58,9 @@ private:
     // Checks a complete header; Ok and the claimed length in claimed_, or the violation.
     Status readHeader(const char* header);
     void fail(Status status);
+    // Moves bytes from data into pending_ until a whole, checked payload is there (true), or the
+    // bytes run out or the stream fails (false).
+    bool gather(const char*& data, std::size_t& size);
 
     std::size_t maxPayload_;
     Status status_ = Status::Ok;
@@ -98,30 +101,12 @@ vxFrameReader::Status vxFrameReader::FeedInPlace(char* data, std::size_t size, D
             pending_.reserve(claimed_);
         }
         // A header or payload split across reads is gathered in pending_.
-        const std::size_t wanted = haveHeader_ ? claimed_ : vxframe::kHeaderSize;
-        const std::size_t take = std::min(size, wanted - pending_.size());
-        pending_.append(data, take);
-        data += take;
-        size -= take;
-        if (pending_.size() < wanted) {
-            break;
-        }
-        if (!haveHeader_) {
-            const Status header = readHeader(pending_.data());
-            if (header != Status::Ok) {
-                fail(header);
-                break;
-            }
-            haveHeader_ = true;
-            pending_.clear();
-            pending_.reserve(claimed_);
+        const char* rest = data;
+        const bool whole = gather(rest, size);
+        data += rest - data;
+        if (!whole) {
             continue;
         }
-        if (std::memchr(pending_.data(), '\0', pending_.size()) != nullptr) {
-            fail(Status::EmbeddedNul);
-            break;
-        }
-        haveHeader_ = false;
         const bool more = deliver(static_cast<const char*>(pending_.c_str()), pending_.size());
         pending_.clear();
         if (!more) {
