@@ -11,7 +11,7 @@
 #include "net/operation_request.h"
 #include "net/signing.h"
 #include "parse/data_parser.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

@@ -3,7 +3,7 @@
 #include "halyard/login_request.h"
 #include "parse/reply_texts.h"
 #include "parse/result_codes.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

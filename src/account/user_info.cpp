@@ -2,7 +2,7 @@
 #include <QJsonObject>
 
 #include "parse/data_parser.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

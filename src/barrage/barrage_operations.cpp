@@ -2,7 +2,7 @@
 // to the barrage client.
 #include "barrage/vx_room_client.h"
 #include "liveroom/vx_live_room_info.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

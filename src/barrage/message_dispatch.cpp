@@ -7,7 +7,7 @@
 #include "corvid/message_client.h"
 #include "corvid/message_codes.h"
 #include "corvid/message_decoder.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "tolvane/i_room_listener.h"
 #include "vxencoder/vx_encoder.h"
 

@@ -5,7 +5,7 @@
 #include "corvid/message_client.h"
 #include "corvid/message_decoder.h"
 #include "halyard/danmu_mock_platform.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 
 using tolvane::log::kMainLog;
 using tolvane::log::writeLine;

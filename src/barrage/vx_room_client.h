@@ -11,7 +11,7 @@
 #include "barrage/room_login_params.h"
 #include "corvid/message_callbacks.h"
 #include "corvid/message_client_system.h"
-#include "service/persistent_log_writer.h"
+#include "log/persistent_log_writer.h"
 #include "tolvane/barrage_message.h"
 
 class IRoomListener;

@@ -5,7 +5,7 @@
 #include <QJsonObject>
 
 #include "parse/data_parser.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 
 namespace tolvane::liveroom {
 

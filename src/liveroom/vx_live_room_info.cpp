@@ -8,7 +8,7 @@
 #include "net/operation_request.h"
 #include "net/vx_net_request.h"
 #include "parse/data_parser.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "vxencoder/vx_decoder.h"
 
 using tolvane::liveroom::FetchKey;

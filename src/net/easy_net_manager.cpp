@@ -14,7 +14,7 @@
 #include <memory>
 
 #include "net/send_once_device.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 
 using tolvane::log::kMainLog;
 using tolvane::log::writeLine;

@@ -5,7 +5,7 @@
 #include "net/reply_check.h"
 #include "net/session_text.h"
 #include "net/signing.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 
 namespace {
 

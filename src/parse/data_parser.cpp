@@ -5,7 +5,7 @@
 #include <QJsonValue>
 
 #include "parse/reply_texts.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 
 namespace {
 

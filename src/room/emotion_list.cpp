@@ -3,7 +3,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include "parse/data_parser.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

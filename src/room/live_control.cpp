@@ -1,6 +1,6 @@
 // Starting and closing the broadcast on a push line the platform handed out.
 #include "parse/data_parser.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

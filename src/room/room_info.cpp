@@ -1,7 +1,7 @@
 // The anchor's room and the barrage servers: what the service must know after login before
 // the barrage client can connect and before any other room operation can run.
 #include "parse/data_parser.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

@@ -5,7 +5,7 @@
 
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 
 namespace {
 

@@ -10,7 +10,7 @@
 #include "net/session_text.h"
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

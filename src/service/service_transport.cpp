@@ -5,7 +5,7 @@
 #include "liveroom/vx_live_room_info.h"
 #include "net/session_text.h"
 #include "net/vx_net_request.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

@@ -12,7 +12,7 @@
 #include "net/session_text.h"
 #include "net/vx_net_request.h"
 #include "service/environment.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 
 using tolvane::log::kMainLog;
 using tolvane::log::writeLine;

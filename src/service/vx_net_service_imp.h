@@ -16,7 +16,7 @@
 #include "net/param_list.h"
 #include "parse/data_parser.h"
 #include "parse/server_address.h"
-#include "service/persistent_log_writer.h"
+#include "log/persistent_log_writer.h"
 #include "tolvane/i_liveencoder_net_service.h"
 #include "tolvane/i_room_listener.h"
 

@@ -7,7 +7,7 @@
 #include "parse/reply_texts.h"
 #include "platform/sim_account_code_service.h"
 #include "platform/sim_caller.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 

@@ -5,7 +5,7 @@
 #include "http/sim_replies.h"
 #include "parse/reply_texts.h"
 #include "platform/sim_qr_control.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 

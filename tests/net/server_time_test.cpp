@@ -5,7 +5,7 @@
 #include "net/server_time.h"
 #include "parse/data_parser.h"
 #include "platform/sim_platform.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 #include "support/log_reader.h"
 #include "support/scoped_env.h"

@@ -3,7 +3,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 

@@ -3,7 +3,7 @@
 #include <QRegularExpression>
 
 #include "service/environment.h"
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/os_name.h"
 #include "service/vx_net_service_imp.h"
 #include "support/log_reader.h"

@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "support/sim_service_fixture.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 #include "support/log_reader.h"
 #include "support/recording_observer.h"

@@ -4,7 +4,7 @@
 #include <QString>
 #include <QStringList>
 
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 
 // Lines of today's log file with their time prefixes removed.
 inline QStringList readLogMessages(const QString& logName) {

@@ -1,8 +1,8 @@
-#include "service/persistent_log_writer.h"
+#include "log/persistent_log_writer.h"
 
-#include "service/log_file.h"
-#include "service/log_secret_mask.h"
-#include "service/log_writer.h"
+#include "log/log_file.h"
+#include "log/log_secret_mask.h"
+#include "log/log_writer.h"
 
 namespace tolvane::log {
 

@@ -1,4 +1,4 @@
-#include "service/log_writer.h"
+#include "log/log_writer.h"
 
 #include <QDate>
 #include <QDateTime>
@@ -15,8 +15,8 @@
 
 #include <vector>
 
-#include "service/log_file.h"
-#include "service/log_secret_mask.h"
+#include "log/log_file.h"
+#include "log/log_secret_mask.h"
 
 namespace tolvane::log {
 

@@ -1,4 +1,4 @@
-#include "service/log_secret_mask.h"
+#include "log/log_secret_mask.h"
 
 #include <QLatin1String>
 #include <optional>

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "service/log_secret_mask.h"
+#include "log/log_secret_mask.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "service/log_writer.h"
-#include "service/persistent_log_writer.h"
+#include "log/log_writer.h"
+#include "log/persistent_log_writer.h"
 #include "support/log_reader.h"
 #include "support/scoped_env.h"
 
