@@ -1,6 +1,6 @@
 # What `cmake --install` puts into a prefix: the module with its SONAME, the public headers,
-# a CMake package and a pkg-config file. The platform libraries are linked into the module,
-# so none of them is installed.
+# a CMake package (Tolvane::tolvane, Tolvane::tolvane-sim) and a pkg-config file. The platform
+# libraries are linked into the module, so none of them is installed.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
@@ -13,8 +13,9 @@ install(TARGETS tolvane EXPORT TolvaneTargets
 # The room listener is how the barrage client talks to the service, not part of the host's API.
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/tolvane DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}
     FILES_MATCHING PATTERN "*.h" PATTERN "i_room_listener.h" EXCLUDE)
-# The simulator comes along so that a host can be tried without the source tree.
-install(TARGETS tolvane-sim RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+# The simulator comes along so that a host can be tried without the source tree, and is
+# exported too, so a host's tests name it as Tolvane::tolvane-sim instead of guessing its path.
+install(TARGETS tolvane-sim EXPORT TolvaneTargets RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 install(EXPORT TolvaneTargets NAMESPACE Tolvane:: DESTINATION ${TOLVANE_CMAKE_DIR})
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/TolvaneConfig.cmake.in
