@@ -4,6 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/bootstrap.sh
-bash scripts/build.sh default
+# Only what the demo runs: the module, the host that loads it and the simulator.
+bash scripts/build.sh default tolvane tolvane-host tolvane-sim
 echo "== demo"
 exec ./build/default/bin/tolvane-host demo "$@"
