@@ -11,7 +11,6 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <string>
 
 // What onRoomStatus reports.
@@ -41,9 +40,7 @@ public:
     void onText(const std::string& text) override { std::printf("room text %s\n", text.c_str()); }
     void onShowEnd(int32_t reason, float banHours) override {
         std::printf("show ended, reason %d, ban %.0f h\n", reason, banHours);
-        // Tell the main thread through its event loop instead of touching its objects here.
-        QMetaObject::invokeMethod(
-            QCoreApplication::instance(), [this] { showEnded(); }, Qt::QueuedConnection);
+        showEnded = true;
     }
     void onBarrageMessage(const BarrageMessage* message) override {
         ++messages;  // the message is valid only during this call: copy what you keep
@@ -63,7 +60,7 @@ public:
     std::atomic<int> messages{0};
     std::atomic<int> chats{0};
     std::atomic<int> requests{0};
-    std::function<void()> showEnded = [] {};  // on the main thread; set before the service starts
+    std::atomic<bool> showEnded{false};
 };
 
 // What the service thread hands back after the login.
@@ -139,18 +136,14 @@ int main(int argc, char** argv) {
     const int seconds = argc > 3 ? std::atoi(argv[3]) : 3;
 
     HostObserver observer;  // must outlive the service
-    // The show is over once stop_live_room has answered and the barrage has announced the end.
-    int32_t stopped = -1;
-    bool ended = false;
-    const auto quitWhenOver = [&] {
-        if (stopped == tolvane::kResultOk && ended) {
+    // Once stop_live_room has answered, this thread looks for the end that the barrage announces.
+    QTimer showEndWatch;
+    showEndWatch.setInterval(50);
+    QObject::connect(&showEndWatch, &QTimer::timeout, &app, [&] {
+        if (observer.showEnded) {
             app.quit();
         }
-    };
-    observer.showEnded = [&] {
-        ended = true;
-        quitWhenOver();
-    };
+    });
 
     // The service gets a thread and an event loop of its own; this thread never waits on it.
     tolvane::AsyncNetService net(&CreateNetService, &observer, &observer);
@@ -160,13 +153,12 @@ int main(int argc, char** argv) {
     }
 
     const auto showStopped = [&](int32_t code) {
-        stopped = code;
         if (code != tolvane::kResultOk) {
             std::fprintf(stderr, "stop_live_room: %d\n", code);
             app.exit(1);
             return;
         }
-        quitWhenOver();
+        showEndWatch.start();
     };
     const auto stopLive = [&] {
         net.post([](ILiveencoderNetService& service) { return service.stop_live_room(); }, &app,

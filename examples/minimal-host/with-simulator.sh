@@ -14,7 +14,7 @@ data=
 tries=0
 while [ -z "$data" ]; do
     if ! kill -0 "$pid" 2>/dev/null || [ "$tries" -ge 100 ]; then
-        echo "with-simulator: tolvane-sim printed no default.data within 10 s:" >&2
+        echo "with-simulator: tolvane-sim exited or printed no default.data within 10 s:" >&2
         cat "$folder/sim.out" >&2
         exit 1
     fi
