@@ -17,6 +17,7 @@
 #include "http/sim_http_server.h"
 #include "net/easy_net_manager.h"
 #include "support/log_reader.h"
+#include "support/replies.h"
 #include "support/scoped_env.h"
 #include "support/wait.h"
 
@@ -46,10 +47,6 @@ public:
     }
     QUrl url(const QString& path) const { return QUrl(QString::fromStdString(origin()) + path); }
 };
-
-QJsonObject envelope(const QByteArray& reply) {
-    return QJsonDocument::fromJson(reply).object();
-}
 
 // Counts the handler's runs and keeps the last body and the thread it ran on.
 struct HandlerProbe {
@@ -117,7 +114,7 @@ TEST_F(EasyNetManagerTest, BlockingGetOutcomes) {
         if (c.ok) {
             EXPECT_EQ(reply, c.data);
         } else {
-            const QJsonObject made = envelope(reply);
+            const QJsonObject made = replyObject(reply);
             EXPECT_EQ(made.value("error").toInt(), c.error) << reply.toStdString();
             EXPECT_EQ(made.value("data").toString().toUtf8(), c.data);
             EXPECT_EQ(made.value("msg").toString(), c.error == -6
@@ -137,7 +134,7 @@ TEST_F(EasyNetManagerTest, PostSendsAFormAndLogsItsOwnErrorLine) {
 
     const int logged = readLogMessages(kMainLog).size();
     EXPECT_FALSE(client_.post(request("/status/500"), "x=1", reply, 2000));
-    EXPECT_EQ(envelope(reply).value("error").toInt(), 401);
+    EXPECT_EQ(replyObject(reply).value("error").toInt(), 401);
     EXPECT_EQ(newLogLines(logged),
               QStringList({"post:x=1", "QNetworkAccessManager NetworkError error:401",
                            "url:" + server_.url("/status/500").toString(), "body-500"}));
@@ -260,33 +257,12 @@ TEST_F(EasyNetManagerTest, StopReleasesABlockedCaller) {
             elapsed.start();
             EXPECT_FALSE(call(client, reply));
             EXPECT_LT(elapsed.elapsed(), 1500);
-            EXPECT_EQ(envelope(reply).value("error").toInt(), 5);  // operation canceled
+            EXPECT_EQ(replyObject(reply).value("error").toInt(), 5);  // operation canceled
             if (stopper.joinable()) {
                 stopper.join();
             }
         }
     }
-}
-
-TEST(EasyNetManagerTls, RefusedHandshakeIsLogged) {
-    IsolatedWorkspace workspace;
-    SimCertificateAuthority authority;
-    FixedReplies server;
-    ASSERT_TRUE(server.startHttps(authority.trustedIdentity()));
-    const QString url = server.url("/ok").toString();
-    QByteArray reply;
-    // The trusted case is in the TLS refusal test; here, what a refusal leaves in the log.
-    const ScopedEnv ca("TOLVANE_CA_FILE", QByteArray());
-    EasyNetManager client;
-    EXPECT_FALSE(client.get(QNetworkRequest(QUrl(url)), reply, 5000));
-    EXPECT_EQ(envelope(reply).value("error").toInt(), 6);  // SSL handshake failed
-    const QStringList log = readLogMessages(kMainLog);
-    EXPECT_TRUE(log.contains("ssl error url: " + url)) << log.join('\n').toStdString();
-    EXPECT_GE(log.indexOf(QRegularExpression("^ssl errorInfo: .+")), 0);
-    EXPECT_TRUE(log.contains("QNetworkAccessManager get NetworkError:6"));
-
-    client.onsslErrors(nullptr, {});
-    EXPECT_EQ(readLogMessages(kMainLog).last(), "QSslError, sender is null");
 }
 
 }  // namespace
