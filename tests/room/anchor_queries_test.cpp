@@ -99,14 +99,6 @@ const char kBlackList[] = "/api/v1/room_black";
 const char kUnblack[] = "/api/v1/del_black";
 const char kIdentity[] = "/member/panel/pc/ident/getIdentUrlForShow";
 
-std::string keys(const SimPairs& pairs) {
-    std::string text;
-    for (const auto& pair : pairs) {
-        text += (text.empty() ? "" : " ") + pair.first;
-    }
-    return text;
-}
-
 QJsonObject json(const std::string& text) {
     return QJsonDocument::fromJson(QByteArray::fromStdString(text)).object();
 }
@@ -116,60 +108,18 @@ protected:
     tolvane::sim::SimAnchorRecords& records() { return platform().anchorRecords(); }
 };
 
-// Every slot meets its route with the items where the platform reads them and a signature
-// that holds.
-TEST_F(AnchorQueries, EachSlotSendsItsItemsWhereThePlatformReadsThem) {
+// What each slot sends is in the recorded wire file; the answers come from the fixture account
+// and its room.
+TEST_F(AnchorQueries, AnswersComeFromTheAccountAndItsRoom) {
     int32_t count = 0;
     bool inGuild = false;
-    std::string message, reply, remark, url;
+    std::string remark, url;
     AnchorCardUser user;
     AnchorCardLevel level;
-    struct Case {
-        const char* path;
-        std::function<int32_t()> call;
-        const char* method;
-        const char* query;
-        const char* form;
-    };
-    const Case cases[] = {
-        {"/api/v1/fans", [&] { return service().getFollowCnt(count); }, "POST", "aid time auth",
-         "token rid"},
-        {"/api/v1/checkAnchorInGuild", [&] { return service().checkInGuild(inGuild); }, "GET",
-         "token aid time auth", ""},
-        {"/api/applivecompanion/createAnchorPoi",
-         [&] { return service().reportAnchorLocation("Hangzhou", "120.1", "30.2", message); },
-         "POST", "aid client_sys time auth", "token city longitude latitude"},
-        {"/api/applivecompanion/getAnchorPoi",
-         [&] { return service().getAnchorLocation(0, message); }, "POST", "aid time auth",
-         "token isAllowPoi"},
-        {kIdentity, [&] { return service().requestLiveAuthInfo(reply); }, "POST", "aid time auth",
-         "token"},
-        {"/livenc/livetool/getCardInfo",
-         [&] { return service().getAnchorHeadHoverInfo(user, level); }, "POST",
-         "aid client_sys time auth", "token"},
-        {kBlackList, [&] { return service().get_black_user_list(reply); }, "POST", "aid time auth",
-         "token biz_type"},
-        {kUnblack, [&] { return service().unblack_user("20002", reply); }, "POST", "aid time auth",
-         "token uid room_id"},
-        {"/japi/special",
-         [&] { return service().getCustomerServiceEntry("tolvane_pc", remark, url); }, "GET",
-         "appCode", ""},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.path);
-        EXPECT_EQ(c.call(), 0) << message << reply;
-        const SimRequest sent = lastRequestTo(c.path);
-        EXPECT_EQ(sent.method, c.method);
-        EXPECT_EQ(keys(sent.query), c.query);
-        EXPECT_EQ(keys(sent.form), c.form);
-        EXPECT_TRUE(sent.authOk) << sent.signingText;
-        EXPECT_EQ(sent.queryValue("client_sys"),
-                  std::string(c.query).find("client_sys") != std::string::npos ? "pc" : "");
-    }
-    EXPECT_EQ(lastRequestTo("/api/v1/fans").formValue("rid"), "880001");
-    EXPECT_EQ(lastRequestTo(kBlackList).formValue("biz_type"), "13");
-    EXPECT_EQ(lastRequestTo(kUnblack).formValue("room_id"), "880001");
-    // The answers, from the fixture account and its room.
+    ASSERT_EQ(service().getFollowCnt(count), 0);
+    ASSERT_EQ(service().checkInGuild(inGuild), 0);
+    ASSERT_EQ(service().getAnchorHeadHoverInfo(user, level), 0);
+    ASSERT_EQ(service().getCustomerServiceEntry("tolvane_pc", remark, url), 0);
     EXPECT_EQ(count, 3260);
     EXPECT_TRUE(inGuild);
     EXPECT_EQ(user.nickname + "|" + user.follow + "|" + level.level, "Lantern|3260|21");
