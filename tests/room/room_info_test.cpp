@@ -5,6 +5,7 @@
 #include "barrage/barrage_server.h"
 #include "parse/data_parser.h"
 #include "support/log_reader.h"
+#include "support/parse_rows.h"
 #include "support/replies.h"
 #include "support/scoped_env.h"
 #include "support/sim_service_fixture.h"
@@ -128,33 +129,26 @@ TEST(RoomInfoParse, GatewayEntries) {
     EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).filter("invalid IP:10.").isEmpty());
 }
 
+// The flags are read from both starting values: a failure leaves "11 00", each as it was.
 TEST(RoomInfoParse, BroadcastingFlags) {
-    struct Case {
-        const char* data;
-        bool live;
-        bool showType;
-    };
-    const Case cases[] = {
-        {R"({"show_status":"1","roomShowType":3})", true, true},
-        {R"({"show_status":"2","roomShowType":1})", false, false},
-        {R"({"roomShowType":3})", false, true},
-    };
-    DataParser parser;
-    for (const Case& c : cases) {
-        bool live = !c.live;
-        bool showType = !c.showType;
-        EXPECT_EQ(parser.parseIsRoomBroadcastingResult(okReply(c.data), live, showType), 0)
-            << c.data;
-        EXPECT_EQ(live, c.live) << c.data;
-        EXPECT_EQ(showType, c.showType) << c.data;
-    }
-    EXPECT_EQ(parser.roomInfo().roomId, -1);
-
-    bool live = true;
-    bool showType = true;
-    EXPECT_EQ(parser.parseIsRoomBroadcastingResult(R"({"error":606,"data":"x"})", live, showType),
-              220);
-    EXPECT_TRUE(live && showType);  // a failure leaves both as they were
+    expectParsed(
+        {
+            {okReply(R"({"show_status":"1","roomShowType":3})"), 0, "11 11"},
+            {okReply(R"({"show_status":"2","roomShowType":1})"), 0, "00 00"},
+            {okReply(R"({"roomShowType":3})"), 0, "01 01"},
+            {R"({"error":606,"data":"x"})", 220, "11 00"},
+        },
+        [](DataParser& parser, const QByteArray& reply, std::string& out) {
+            bool live = false, showType = false;
+            parser.parseIsRoomBroadcastingResult(reply, live, showType);
+            bool liveFromTrue = true, showTypeFromTrue = true;
+            const int result =
+                parser.parseIsRoomBroadcastingResult(reply, liveFromTrue, showTypeFromTrue);
+            out = {char('0' + liveFromTrue), char('0' + showTypeFromTrue), ' ', char('0' + live),
+                   char('0' + showType)};
+            EXPECT_EQ(parser.roomInfo().roomId, -1);  // the room is not loaded
+            return result;
+        });
 }
 
 TEST(EmotionListParse, WrappedAndBroken) {
