@@ -96,7 +96,9 @@ TEST_F(OperationWire, RequestsMatchTheRecordedOnes) {
     service().stop_live_room();
     service().freeArray(main);
     service().freeArray(h265);
-    // Phone codes, with extra items that go out in key order, and the binding.
+    // Phone codes, with extra items that go out in key order, and the binding. The login
+    // library keeps the client version for the whole process, so it is set here as recorded.
+    service().setClientVersion("00_00_00_00_FF_FF", "v1.0.0.0");
     LoginCheckRequest phone;
     phone.phoneText1 = "13900000002";
     phone.phoneText3 = "86";
