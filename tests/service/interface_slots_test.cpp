@@ -47,7 +47,7 @@ TEST(InterfaceSlots, ServiceOperationsSitAtTheirSlots) {
     }
 }
 
-// The contract counts the listener's destructor once (as on Windows); the Itanium ABI
+// Hosts count the listener's destructor once (as on Windows); the Itanium ABI
 // gives it two entries, so every later slot sits one entry further on.
 // clang-format off
 #define LISTENER_SLOT(number, method) SlotCase{#method, vtableIndex(&IRoomListener::method) - 1, number}
