@@ -3,9 +3,9 @@
 #include <functional>
 #include <string>
 
+#include "log/log_writer.h"
 #include "parse/reply_texts.h"
 #include "platform/sim_passport_service.h"
-#include "log/log_writer.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 
@@ -104,10 +104,8 @@ TEST_F(LoginFlow, RefusalsAreMappedAndLogged) {
 
 TEST_F(LoginFlow, RemoteLoginNeedsTheSmsCode) {
     EXPECT_EQ(loginAs("traveller", "secret456"), 228);
-    EXPECT_TRUE(
-        readLogMessages(tolvane::log::kMainLog)
-            .contains(QString::fromUtf8(
-                "error Url: app/loginCheck2, errorCode: 130014,  errorMsg: 请验证手机号后登录")));
+    EXPECT_TRUE(mainLogHas(QString::fromUtf8(
+        "error Url: app/loginCheck2, errorCode: 130014,  errorMsg: 请验证手机号后登录")));
     bool foreign = true;
     std::string hidePhone, remoteCode;
     service().getRemoteLoginInfo(foreign, hidePhone, remoteCode);
@@ -117,16 +115,11 @@ TEST_F(LoginFlow, RemoteLoginNeedsTheSmsCode) {
     EXPECT_EQ(token(), "-1_0__0_0");  // still logged out
 
     EXPECT_EQ(service().remoteLogin(remoteCode, "000000", longToken, errorMessage), 226);
-    const std::string sms = platform().passport().issueSmsCode(remoteCode);
+    // A host has the code sent to the remote-login code.
+    ASSERT_EQ(service().sendPhoneCaptcha(remoteCode, errorMessage), 0) << errorMessage;
+    const std::string sms = platform().passport().lastSmsCode(remoteCode);
     EXPECT_EQ(service().remoteLogin(remoteCode, sms, longToken, errorMessage), 0) << errorMessage;
     EXPECT_STREQ(service().getNickname(), "Wayfarer");
-}
-
-TEST_F(LoginFlow, NoAnswerGives210AndTheNetworkText) {
-    sim().stop();
-    EXPECT_EQ(loginAs("anchor", "secret123"), 210);
-    EXPECT_EQ(errorMessage, tolvane::kNetworkFailureText);
-    EXPECT_EQ(lastLoginMessage(), tolvane::kNetworkFailureStoredText);
 }
 
 TEST_F(LoginFlow, TokenLoginReplacesTheLongToken) {

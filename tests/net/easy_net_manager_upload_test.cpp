@@ -12,6 +12,7 @@
 #include "net/easy_net_manager.h"
 #include "net/upload_test_servers.h"
 #include "support/log_reader.h"
+#include "support/replies.h"
 #include "support/scoped_env.h"
 
 namespace {
@@ -42,10 +43,6 @@ qint64 peakResidentKb() {
 bool resetPeakResident() {
     QFile clearRefs(QStringLiteral("/proc/self/clear_refs"));
     return clearRefs.open(QIODevice::WriteOnly) && clearRefs.write("5") == 1;
-}
-
-int envelopeError(const QByteArray& reply) {
-    return QJsonDocument::fromJson(reply).object().value("error").toInt();
 }
 
 class EasyNetManagerUploadTest : public ::testing::Test {
@@ -175,7 +172,7 @@ TEST_F(EasyNetManagerUploadTest, APostIsNeverSentTwice) {
         EXPECT_FALSE(c.multipart.empty() ? client_.post(second, c.formBody, reply, 3000)
                                          : client_.postMultipart(second, c.multipart, reply, 3000));
         EXPECT_EQ(server.requestLog().to(path).size(), 2u);  // the GET, then the POST once
-        EXPECT_EQ(envelopeError(reply), QNetworkReply::ContentReSendError) << reply.toStdString();
+        EXPECT_EQ(replyError(reply), QNetworkReply::ContentReSendError) << reply.toStdString();
         EXPECT_TRUE(logSince(logged).contains("QNetworkAccessManager NetworkError error:205"));
     }
 }

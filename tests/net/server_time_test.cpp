@@ -2,10 +2,10 @@
 
 #include <memory>
 
+#include "log/log_writer.h"
 #include "net/server_time.h"
 #include "parse/data_parser.h"
 #include "platform/sim_platform.h"
-#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 #include "support/log_reader.h"
 #include "support/scoped_env.h"
@@ -16,7 +16,6 @@ namespace {
 using tolvane::sim::SimPlatformState;
 
 TEST(ServerTimeParse, Replies) {
-    IsolatedWorkspace workspace;
     struct Case {
         const char* reply;
         int result;
@@ -93,8 +92,7 @@ TEST_F(ServerTimeSync, LocalClockStandsInFromThe102ndFailure) {
     EXPECT_EQ(service.serverTimeOffset(), -65535);  // the 101st failure changes nothing
     ASSERT_TRUE(waitUntil([&] { return service.serverTimeOffset() == 0; }));
     EXPECT_EQ(timestampRequests(), 3u);
-    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
-                    .contains("Multiple requests for server time failed."));
+    EXPECT_TRUE(mainLogHas("Multiple requests for server time failed."));
 
     // Retries go on, and a later answer replaces the stand-in.
     sim_->state().setClockSkewSeconds(777);

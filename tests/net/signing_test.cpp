@@ -1,14 +1,76 @@
+// The texts a request is made of: sorted parameter lists, signatures and session values.
 #include <gtest/gtest.h>
 
 #include <QUrlQuery>
 
 #include "net/net_test_support.h"
 #include "net/param_list.h"
+#include "net/session_text.h"
 #include "net/signing.h"
 
 namespace {
 
 using namespace tolvane::net;
+
+TEST(ParamList, QueryTextSortsWithoutEncoding) {
+    struct Case {
+        ParamList list;
+        QString expected;
+    };
+    const Case cases[] = {
+        {{}, ""},
+        {{{"b", "2"}, {"a", "1"}}, "a=1&b=2"},
+        {{{"k", "z"}, {"k", "a"}, {"j", "9"}}, "j=9&k=a&k=z"},
+        // Upper case sorts before lower case, and "a" before "aa".
+        {{{"aa", "1"}, {"a", "2"}, {"B", "3"}}, "B=3&a=2&aa=1"},
+        {{{"q", "a b&c=d/é"}, {"p", "100%"}}, "p=100%&q=a b&c=d/é"},
+        {{{"name", "主播"}, {"empty", ""}}, "empty=&name=主播"},
+        // Values compare as text, not as numbers.
+        {{{"n", "10"}, {"n", "9"}}, "n=10&n=9"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(queryText(c.list), c.expected) << c.expected.toStdString();
+    }
+    ParamList original{{"b", "2"}, {"a", "1"}};
+    queryText(original);
+    EXPECT_EQ(original.first().first, "b");  // the request keeps its own order
+}
+
+TEST(ParamList, PlaceholdersByKind) {
+    const CommonValues values{"vxtool", 1700, "1_2_s_3_4"};
+    struct Case {
+        int kind;
+        CommonValues values;
+        ParamList groupA;
+        ParamList groupB;
+        ParamList expectedA;
+        ParamList expectedB;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {1, values, {}, {{"rid", "9"}}, {}, {{"rid", "9"}, {"aid", "vxtool"}, {"time", "1700"}}},
+        {1, values, {}, {{"time", "5"}}, {}, {{"time", "5"}, {"aid", "vxtool"}}},
+        {6, values, {}, {}, {{"aid", "vxtool"}, {"time", "1700"}, {"token", "1_2_s_3_4"}}, {}},
+        {6, CommonValues{}, {}, {}, {{"aid", "vxtool"}, {"time", "0"}, {"token", ""}}, {}},
+        {10, values, {{"token", "own"}}, {{"x", "1"}}, {{"token", "own"}, {"aid", "vxtool"}, {"time", "1700"}}, {{"x", "1"}}},
+        // Other kinds only fill keys that the operation put in itself.
+        {2, values, {{"aid", ""}}, {{"token", ""}, {"time", ""}, {"other", ""}},
+         {{"aid", "vxtool"}}, {{"token", "1_2_s_3_4"}, {"time", "1700"}, {"other", ""}}},
+        {8, values, {}, {}, {}, {}},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        RequestDescriptor request;
+        request.kind = c.kind;
+        request.groupA = c.groupA;
+        request.groupB = c.groupB;
+        request.groupC = {{"aid", ""}};
+        addPlaceholdersByKind(request, c.values);
+        EXPECT_EQ(request.groupA, c.expectedA) << "kind " << c.kind;
+        EXPECT_EQ(request.groupB, c.expectedB) << "kind " << c.kind;
+        EXPECT_EQ(request.groupC, (ParamList{{"aid", ""}})) << "the body is left alone";
+    }
+}
 
 enum class Target { A, B, None };
 
@@ -87,6 +149,52 @@ TEST(Signing, ServiceHelpers) {
     for (const Case& c : cases) {
         EXPECT_EQ(c.actual, expectedAuth(c.signatureText)) << c.signatureText.toStdString();
     }
+}
+
+TEST(SessionText, Token) {
+    struct Case {
+        ShortTokenInfo info;
+        std::string expected;
+    };
+    ShortTokenInfo loggedIn;
+    loggedIn.uid = "12345";
+    loggedIn.shortToken = "a1b2c3";
+    loggedIn.bizType = 1;
+    loggedIn.longTokenId = 77;
+    loggedIn.clientType = 2;
+    loggedIn.createTime = "ignored";
+    loggedIn.expireIn = 99;
+    ShortTokenInfo blank;
+    blank.uid.clear();
+    ShortTokenInfo huge = loggedIn;
+    huge.shortToken = std::string(3000, 'x');
+    const Case cases[] = {
+        {ShortTokenInfo{}, "-1_0__0_0"},
+        {blank, "_0__0_0"},
+        {loggedIn, "12345_1_a1b2c3_2_77"},  // client type before long token id
+        {huge, ("12345_1_" + std::string(3000, 'x')).substr(0, 1023)},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(sessionToken(c.info), c.expected);
+    }
+}
+
+TEST(SessionText, UserDevice) {
+    struct Case {
+        std::string deviceId;
+        std::string version;
+        QByteArray decoded;
+    };
+    const Case cases[] = {
+        {"00_00_00_00_FF_FF", "v1.0.0.0", "00_00_00_00_FF_FF|v1.0.0.0"},
+        {"", "", "|"},
+        {"设备", "v2", "设备|v2"},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(userDeviceValue(c.deviceId, c.version), c.decoded.toBase64()) << c.deviceId;
+    }
+    EXPECT_EQ(userDeviceValue("00_00_00_00_FF_FF", "v1.0.0.0"),
+              "MDBfMDBfMDBfMDBfRkZfRkZ8djEuMC4wLjA=");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QNetworkRequest>
+#include <QRegularExpression>
 #include <string>
 
 #include "http/sim_certificate_authority.h"
@@ -12,6 +13,8 @@
 #include "parse/reply_texts.h"
 #include "parse/result_codes.h"
 #include "service/vx_net_service_imp.h"
+#include "support/log_reader.h"
+#include "support/replies.h"
 #include "support/scoped_env.h"
 
 namespace {
@@ -20,10 +23,6 @@ using tolvane::sim::SimCertificateAuthority;
 using tolvane::sim::SimFault;
 using tolvane::sim::SimHttpServer;
 using tolvane::sim::SimTlsIdentity;
-
-int envelopeError(const QByteArray& reply) {
-    return QJsonDocument::fromJson(reply).object().value("error").toInt();
-}
 
 // Every client of the module against the simulator's HTTPS, each certificate from the one
 // authority the clients are told to trust: only the good certificate may carry a request.
@@ -58,14 +57,21 @@ TEST(TlsRefusal, EveryClientRefusesABadCertificate) {
         VxNetRequest request(1, nullptr, nullptr);
         EXPECT_EQ(request.cprGet(reply, 1, "sim/echo/query", {}, {}, 5000), c.trusted);
         if (!c.trusted) {
-            EXPECT_EQ(envelopeError(reply), 12);  // the server's certificate did not verify
+            EXPECT_EQ(replyError(reply), 12);  // the server's certificate did not verify
         }
 
         // Qt: the network client.
         EasyNetManager client;
         EXPECT_EQ(client.get(QNetworkRequest(QUrl(origin + "/ok")), reply, 5000), c.trusted);
         if (!c.trusted) {
-            EXPECT_EQ(envelopeError(reply), 6);  // the handshake failed
+            EXPECT_EQ(replyError(reply), 6);  // the handshake failed
+            const QStringList log = readLogMessages(tolvane::log::kMainLog);
+            EXPECT_TRUE(log.contains("ssl error url: " + origin + "/ok"));
+            EXPECT_GE(log.indexOf(QRegularExpression("^ssl errorInfo: .+")), 0);
+            EXPECT_TRUE(log.contains("QNetworkAccessManager get NetworkError:6"));
+        } else {
+            client.onsslErrors(nullptr, {});
+            EXPECT_EQ(readLogMessages(tolvane::log::kMainLog).last(), "QSslError, sender is null");
         }
 
         // The login library, through the service: a refused handshake is no answer.

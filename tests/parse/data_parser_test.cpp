@@ -81,7 +81,6 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
 }
 
 TEST(DataParserEnvelope, KeysAreArgumentsAndRootKeepsThePayload) {
-    IsolatedWorkspace workspace;
     DataParser parser;
     QJsonObject root;
     const QByteArray body = R"({"result":5,"msg":"from msg","data":"from data"})";
@@ -200,7 +199,6 @@ TEST(DataParserConfigCallback, Unwrap) {
 }
 
 TEST(DataParserCodeResult, ThreeForms) {
-    IsolatedWorkspace workspace;
     DataParser parser;
     EXPECT_EQ(parser.parseCodeResult(R"({"error":0})"), 0);
     EXPECT_EQ(parser.parseCodeResult(R"({"error":603,"data":"slow down"})"), 214);

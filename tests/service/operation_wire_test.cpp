@@ -61,6 +61,51 @@ TEST_F(OperationWire, RequestsMatchTheRecordedOnes) {
         [&] { return !static_cast<VxLiveRoomInfo*>(service().getLiveRoomInfo())->fetching(); }));
     bool live = false, showType = false;
     service().getRoomState(live, showType);
+    // The anchor's queries and settings; the outputs are the subsystems' tests' to read.
+    int32_t count = 0;
+    std::string text, other;
+    AnchorCardUser user;
+    AnchorCardLevel level;
+    LiveRoomParameter parameter;
+    std::vector<BitrateConfig> presets;
+    LivingStatistics statistics;
+    service().getFollowCnt(count);
+    service().checkInGuild(live);
+    service().reportAnchorLocation("Hangzhou", "120.1", "30.2", text);
+    service().getAnchorLocation(0, text);
+    service().requestLiveAuthInfo(text);
+    service().getAnchorHeadHoverInfo(user, level);
+    service().get_black_user_list(text);
+    service().unblack_user("20002", text);
+    service().getCustomerServiceEntry("tolvane_pc", text, other);
+    service().getLiveRoomParameter(parameter);
+    service().getWatermarkLocation();
+    service().getIntelligentSettingConfig(presets);
+    service().sendLiveRemindCustom(u8"今晚八点开播", text);
+    service().getLivingStatisticalInfo(statistics);
+    service().createLiveRoom(207, -3);
+    // A show on a handed-out line, with parameters of the host's.
+    PushAddress* main = nullptr;
+    PushAddress* h265 = nullptr;
+    ASSERT_EQ(service().get_all_rtmp_addresses(main, count, h265, count), 0);
+    LiveParameters parameters;
+    parameters.room_live_type = 2;
+    parameters.is_rtc = true;
+    service().setLiveParameters(parameters);
+    EXPECT_EQ(service().open_live_room(main[0].url), 0);
+    service().stop_live_room();
+    service().freeArray(main);
+    service().freeArray(h265);
+    // Phone codes, with extra items that go out in key order, and the binding. The login
+    // library keeps the client version for the whole process, so it is set here as recorded.
+    service().setClientVersion("00_00_00_00_FF_FF", "v1.0.0.0");
+    LoginCheckRequest phone;
+    phone.phoneText1 = "13900000002";
+    phone.phoneText3 = "86";
+    phone.extraParams = {{"zone", "z"}, {"app", "a"}};
+    service().sendPhoneLoginCaptchaNew(phone, text);
+    service().sendPhoneCaptchaNew(phone, true, text);
+    service().bindPhoneNum(phone.phoneText1, text);
     service().stop();
 
     QStringList described;

@@ -13,7 +13,6 @@
 namespace {
 
 TEST(ServiceLifecycle, ConstructionAndDestructionLines) {
-    IsolatedWorkspace workspace;
     auto* service = new VxNetServiceImp(nullptr, nullptr);
     EXPECT_EQ(readLogMessages(tolvane::log::kMainLog).mid(0, 2), QStringList({"", ""}));
     EXPECT_EQ(readLogMessages(tolvane::log::kRequestLog).mid(0, 2), QStringList({"", ""}));
@@ -27,7 +26,6 @@ TEST(ServiceLifecycle, ConstructionAndDestructionLines) {
 }
 
 TEST(ServiceLifecycle, StopCutsTheObserverOff) {
-    IsolatedWorkspace workspace;
     RecordingObserver observer;
     VxNetServiceImp service(&observer, nullptr);
     IRoomListener& listener = service;
@@ -51,7 +49,6 @@ TEST(ServiceLifecycle, StopCutsTheObserverOff) {
 
 // The other stored values are shown end to end in the service's barrage tests.
 TEST(ServiceLifecycle, OnlineCountIsNeverNegativeAndMemberCountIsKept) {
-    IsolatedWorkspace workspace;
     VxNetServiceImp service(nullptr, nullptr);
     static_cast<IRoomListener&>(service).onKeepAliveFirst(-5);
     static_cast<IRoomListener&>(service).onMemberInfoValue(42);
@@ -60,7 +57,6 @@ TEST(ServiceLifecycle, OnlineCountIsNeverNegativeAndMemberCountIsKept) {
 }
 
 TEST(ServiceLifecycle, SmallLifecycleOperations) {
-    IsolatedWorkspace workspace;
     VxNetServiceImp service(nullptr, nullptr);
     auto* addresses = new PushAddress[3];
     addresses[2].url = std::string(1000, 'u');  // a heap string that must be released too
@@ -85,7 +81,6 @@ TEST(ServiceLifecycle, SmallLifecycleOperations) {
 }
 
 TEST(ServiceLifecycle, ServerTimeBeforeSynchronisationIsLocalTime) {
-    IsolatedWorkspace workspace;
     VxNetServiceImp service(nullptr, nullptr);
     const int64_t local = QDateTime::currentSecsSinceEpoch();
     EXPECT_NEAR(static_cast<double>(service.getServerTime()), static_cast<double>(local), 1.0);

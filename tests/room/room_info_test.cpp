@@ -2,11 +2,18 @@
 
 #include <QStringList>
 
+#include "barrage/barrage_server.h"
 #include "parse/data_parser.h"
 #include "support/log_reader.h"
+#include "support/parse_rows.h"
+#include "support/replies.h"
 #include "support/scoped_env.h"
+#include "support/sim_service_fixture.h"
 
 namespace {
+
+using tolvane::sim::SimFault;
+using tolvane::sim::SimServerAddress;
 
 QString listText(const QList<ServerAddress>& servers) {
     QStringList parts;
@@ -16,12 +23,7 @@ QString listText(const QList<ServerAddress>& servers) {
     return parts.join(QLatin1Char(','));
 }
 
-QByteArray okReply(const char* data) {
-    return QByteArray(R"({"error":0,"data":)") + data + "}";
-}
-
 TEST(RoomInfoParse, RoomServerEntries) {
-    IsolatedWorkspace workspace;
     struct Case {
         const char* servers;
         const char* expected;  // appended after the entry already in the list
@@ -50,7 +52,6 @@ TEST(RoomInfoParse, RoomServerEntries) {
 }
 
 TEST(RoomInfoParse, RoomFieldsAndDefaults) {
-    IsolatedWorkspace workspace;
     DataParser parser;
     QList<ServerAddress> servers;
     std::string message;
@@ -105,7 +106,6 @@ TEST(RoomInfoParse, RoomFieldsAndDefaults) {
 }
 
 TEST(RoomInfoParse, GatewayEntries) {
-    IsolatedWorkspace workspace;
     struct Case {
         const char* data;
         const char* expected;
@@ -129,38 +129,29 @@ TEST(RoomInfoParse, GatewayEntries) {
     EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).filter("invalid IP:10.").isEmpty());
 }
 
+// The flags are read from both starting values: a failure leaves "11 00", each as it was.
 TEST(RoomInfoParse, BroadcastingFlags) {
-    IsolatedWorkspace workspace;
-    struct Case {
-        const char* data;
-        bool live;
-        bool showType;
-    };
-    const Case cases[] = {
-        {R"({"show_status":"1","roomShowType":3})", true, true},
-        {R"({"show_status":"2","roomShowType":1})", false, false},
-        {R"({"roomShowType":3})", false, true},
-    };
-    DataParser parser;
-    for (const Case& c : cases) {
-        bool live = !c.live;
-        bool showType = !c.showType;
-        EXPECT_EQ(parser.parseIsRoomBroadcastingResult(okReply(c.data), live, showType), 0)
-            << c.data;
-        EXPECT_EQ(live, c.live) << c.data;
-        EXPECT_EQ(showType, c.showType) << c.data;
-    }
-    EXPECT_EQ(parser.roomInfo().roomId, -1);
-
-    bool live = true;
-    bool showType = true;
-    EXPECT_EQ(parser.parseIsRoomBroadcastingResult(R"({"error":606,"data":"x"})", live, showType),
-              220);
-    EXPECT_TRUE(live && showType);  // a failure leaves both as they were
+    expectParsed(
+        {
+            {okReply(R"({"show_status":"1","roomShowType":3})"), 0, "11 11"},
+            {okReply(R"({"show_status":"2","roomShowType":1})"), 0, "00 00"},
+            {okReply(R"({"roomShowType":3})"), 0, "01 01"},
+            {R"({"error":606,"data":"x"})", 220, "11 00"},
+        },
+        [](DataParser& parser, const QByteArray& reply, std::string& out) {
+            bool live = false, showType = false;
+            parser.parseIsRoomBroadcastingResult(reply, live, showType);
+            bool liveFromTrue = true, showTypeFromTrue = true;
+            const int result =
+                parser.parseIsRoomBroadcastingResult(reply, liveFromTrue, showTypeFromTrue);
+            out = {char('0' + liveFromTrue), char('0' + showTypeFromTrue), ' ', char('0' + live),
+                   char('0' + showType)};
+            EXPECT_EQ(parser.roomInfo().roomId, -1);  // the room is not loaded
+            return result;
+        });
 }
 
 TEST(EmotionListParse, WrappedAndBroken) {
-    IsolatedWorkspace workspace;
     DataParser parser;
     ASSERT_EQ(parser.parseEmotionSeiyClassifyList(
                   R"(VXConfigCallback({"error":0,"data":{"white_cate2_list":[201,"x",311.0]}}))"),
@@ -193,6 +184,95 @@ TEST(EmotionListParse, WrappedAndBroken) {
     // A reply without the list empties it.
     EXPECT_EQ(parser.parseEmotionSeiyClassifyList(R"(cb({"error":0,"data":{}}))"), 0);
     EXPECT_TRUE(parser.emotionWhiteList().empty());
+}
+
+class RoomService : public SimServiceTest {
+protected:
+    void login() {
+        std::string error, token;
+        ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
+    }
+};
+
+TEST_F(RoomService, RoomInformationReachesTheAccessors) {
+    // Before any room is known nothing refers to one and the gift tables refuse to load.
+    EXPECT_EQ(service().getRoomId(), -1);
+    EXPECT_EQ(service().loadGiftTables(), 1);
+    login();
+    EXPECT_EQ(service().loadGiftTables(), 1);
+
+    service().refreshRoomInfo();
+    EXPECT_EQ(sim().http().requestLog().to("/api/v1/my_room").size(), 1u);
+
+    EXPECT_EQ(service().getRoomId(), 880001);
+    EXPECT_EQ(service().getVipId(), 3);
+    EXPECT_EQ(service().getAnchorLevel(), 21);
+    EXPECT_EQ(service().loadGiftTables(), 0);
+    RoomSummary room;
+    service().getRoomRecord(room);
+    EXPECT_EQ(room.roomId, 880001);
+    EXPECT_EQ(room.roomUrl, sim().environment().origin() + "/880001");
+    EXPECT_EQ(room.roomName, "Lantern's late show");
+    EXPECT_EQ(room.gameName, "Chess");
+    EXPECT_EQ(room.childName, "Blitz");
+    EXPECT_EQ(room.roomFlag, 0);
+    EXPECT_EQ(room.cateId, 12);
+    std::string url;
+    EXPECT_TRUE(service().getRoomUrl(url));
+    EXPECT_EQ(url, room.roomUrl);
+
+    // Logging out forgets the room.
+    service().logout();
+    EXPECT_EQ(service().getRoomId(), -1);
+}
+
+TEST_F(RoomService, GatewayServersComeBeforeRoomServers) {
+    platform().setGatewayServers({{"127.0.0.1", 7001}, {"127.0.0.1", 7002}});
+    platform().setRoomServers({{"127.0.0.2", 8001}});
+    platform().setEmotionWhiteList({5, 6});
+    login();
+
+    QList<ServerAddress> servers{{QStringLiteral("10.9.9.9"), 1}};  // replaced, not kept
+    EXPECT_EQ(service().collectBarrageServers(servers), 0);
+    EXPECT_EQ(listText(servers), "127.0.0.1|7001,127.0.0.1|7002,127.0.0.2|8001");
+    std::vector<CategoryNode> whiteList;
+    service().getStoredList(whiteList);
+    ASSERT_EQ(whiteList.size(), 2u);
+    EXPECT_EQ(whiteList[0].id, 5);
+    EXPECT_EQ(whiteList[1].id, 6);
+}
+
+TEST_F(RoomService, FailedGatewayLeavesTheRoomServers) {
+    platform().setGatewayServers({{"127.0.0.1", 7001}});
+    platform().setRoomServers({{"127.0.0.2", 8001}});
+    login();
+    const SimFault faults[] = {SimFault::httpStatus(500), SimFault::malformed(),
+                               SimFault::dropConnection(),
+                               SimFault::httpStatus(200, R"({"error":603,"data":"busy"})")};
+    for (const SimFault& fault : faults) {
+        sim().http().setFault("/lapi/live/gateway/client2", fault);
+        QList<ServerAddress> servers;
+        EXPECT_EQ(service().collectBarrageServers(servers), 0);
+        EXPECT_EQ(listText(servers), "127.0.0.2|8001");
+    }
+    EXPECT_TRUE(mainLogHas(QStringLiteral(R"(result data : {"error":603,"data":"busy"})")));
+
+    // Without a session the room information fails, and so does the whole collection.
+    service().logout();
+    QList<ServerAddress> servers;
+    EXPECT_EQ(service().collectBarrageServers(servers), 220);
+}
+
+// The flags themselves are read as the parser tests show; the state request loads no room.
+TEST_F(RoomService, RoomStateFlags) {
+    login();
+    platform().setLive(true);
+    platform().setShowType(3);
+    bool live = false;
+    bool showType = false;
+    EXPECT_EQ(service().getRoomState(live, showType), 0);
+    EXPECT_TRUE(live && showType);
+    EXPECT_EQ(service().getRoomId(), -1);
 }
 
 }  // namespace
