@@ -141,6 +141,10 @@ QString textOf(const char* rawText) {
 }  // namespace
 
 void VxRoomClient::handleMessage(const char* rawText) {
+    const tolvane::barrage::HostCallGate::Pass pass(listenerGate_);
+    if (!pass) {
+        return;  // logging out: the listener must hear nothing more
+    }
     if (rawText == nullptr) {
         writeLine(kMainLog, QStringLiteral("[msg] Message null error."));
         return;

@@ -33,8 +33,8 @@ VxRoomClient::VxRoomClient(QObject* parent, IRoomListener* listener)
     reconnectTimer_->setTimerType(Qt::PreciseTimer);
     reconnectTimer_->setInterval(1000);
     // Both may be raised on a message-library thread; the work belongs on this one.
-    QObject::connect(reconnectTimer_, &QTimer::timeout, this, &VxRoomClient::connect,
-                     Qt::QueuedConnection);
+    QObject::connect(
+        reconnectTimer_, &QTimer::timeout, this, [this] { reconnect(); }, Qt::QueuedConnection);
     QObject::connect(this, &VxRoomClient::errorReceived, this, &VxRoomClient::handleError,
                      Qt::QueuedConnection);
     stopped_ = false;
@@ -43,6 +43,10 @@ VxRoomClient::VxRoomClient(QObject* parent, IRoomListener* listener)
 }
 
 VxRoomClient::~VxRoomClient() {
+    // A callback still inside the listener must come back before the client can go.
+    stopped_ = true;
+    reconnectTimer_->stop();
+    listenerGate_.close();
     if (client_ != nullptr) {
         client_->release();
         client_ = nullptr;
@@ -133,6 +137,7 @@ void VxRoomClient::onLibraryError(int32_t code) {
 }
 
 void VxRoomClient::login() {
+    listenerGate_.open();
     if (client_ == nullptr) {
         writeLine(kMainLog, QStringLiteral("[msg] CreateVxMessageClient."));
         client_ =
@@ -147,9 +152,13 @@ void VxRoomClient::login() {
         client_->setParameterNumberAndText(params_.slot21Number, params_.slot21Text.c_str());
     }
     writeLine(kMainLog, QStringLiteral("[msg] login start threadId: %1.").arg(currentThreadId()));
-    connect();
+    // Set before the attempt starts, so that a 56 or 59 its connection brings in on the
+    // library's thread is never overwritten here; a retry armed earlier is now void.
+    ++session_;
+    reconnectTimer_->stop();
     loggedIn_ = true;
     stopped_ = false;
+    connect();
 }
 
 int32_t VxRoomClient::loginWithRoomId(int32_t roomId) {
@@ -193,18 +202,35 @@ void VxRoomClient::connect() {
                             .arg(address.port));
     client_->reset();
     if (DanmuMockPlatform::enabled()) {
-        client_->setServerAddress(DanmuMockPlatform::serverIp().toUtf8().constData(),
-                                  DanmuMockPlatform::serverPort());
-    } else {
-        client_->setServerAddress(address.host.c_str(), address.port);
+        address.host = DanmuMockPlatform::serverIp().toStdString();
+        address.port = DanmuMockPlatform::serverPort();
     }
-    client_->login(params_.loginText1.c_str(), params_.loginNumber, params_.loginText2.c_str(),
-                   params_.clientType, params_.roomId, "", params_.loginMode);
+    const bool accepted =
+        client_->setServerAddress(address.host.c_str(), address.port) &&
+        client_->login(params_.loginText1.c_str(), params_.loginNumber, params_.loginText2.c_str(),
+                       params_.clientType, params_.roomId, "", params_.loginMode);
+    if (!accepted) {
+        // Refused on the spot (an unusable address): a failed attempt like any other, so the
+        // next server gets its turn a second later instead of the room going silent.
+        writeLine(kMainLog, QStringLiteral("[msg] connect refused ip:%1 poort:%2.")
+                                .arg(QString::fromStdString(address.host))
+                                .arg(address.port));
+        Q_EMIT errorReceived();
+    }
 }
 
 void VxRoomClient::handleError() {
     if (loggedIn_ && !stopped_) {
+        armedSession_ = session_;
         reconnectTimer_->start();
+    }
+}
+
+void VxRoomClient::reconnect() {
+    // A kick or suspension handled on the library's thread since the timer was armed, a
+    // logout or a new login all void the retry.
+    if (armedSession_ == session_ && loggedIn_ && !stopped_) {
+        connect();
     }
 }
 
@@ -213,6 +239,10 @@ void VxRoomClient::logout() {
     loggedIn_ = false;
     reconnectTimer_->stop();
     stopped_ = true;
+    ++session_;
+    // Before the library is told: a callback blocked in host code on this thread's queued
+    // calls gets them served here, whereas the library would simply wait for it.
+    listenerGate_.close();
     if (client_ != nullptr) {
         writeLine(kMainLog, QStringLiteral("[msg] unRegist MessageCallback."));
         const MessageCallbacks empty;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "barrage/host_call_gate.h"
 #include "barrage/latest_messages.h"
 #include "barrage/room_login_params.h"
 #include "corvid/message_callbacks.h"
@@ -34,6 +35,8 @@ public:
     void login();
     // Logs in with the stored parameters and this room id; always 0.
     int32_t loginWithRoomId(int32_t roomId);
+    // Once this returns, the listener gets no further call; one under way when it was called
+    // has returned (queued calls to this thread are served while waiting for it).
     void logout();
 
     int32_t sendChat(const char* text);
@@ -71,6 +74,8 @@ public Q_SLOTS:
 
 private:
     static MessageCallbacks callbackTable();
+    // The reconnect timer's end: retries only for the login that armed it, while it stands.
+    void reconnect();
     void onLibraryError(int32_t code);
     void handleLoginReply(const char* rawText);
     void handleErrorMessage(const char* rawText);
@@ -91,4 +96,9 @@ private:
     BarrageMessage received_;  // the message being handled, on the library's thread
     bool customOptions_ = false;
     MessageClientOptions options_;
+    // Counts logins and logouts, so a retry armed for one login never runs for the next.
+    uint32_t session_ = 0;
+    uint32_t armedSession_ = 0;
+    // Received messages reach the listener only through this gate; logout closes it.
+    tolvane::barrage::HostCallGate listenerGate_;
 };

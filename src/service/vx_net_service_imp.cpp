@@ -7,12 +7,12 @@
 #include "halyard/client_setup.h"
 #include "halyard/login_request.h"
 #include "liveroom/vx_live_room_info.h"
+#include "log/log_writer.h"
 #include "net/easy_net_manager.h"
 #include "net/param_list.h"
 #include "net/session_text.h"
 #include "net/vx_net_request.h"
 #include "service/environment.h"
-#include "log/log_writer.h"
 
 using tolvane::log::kMainLog;
 using tolvane::log::writeLine;
@@ -88,6 +88,7 @@ void VxNetServiceImp::stop() {
     logBanner("stop");
     observer_.store(nullptr);
     qtClient_->stop();
+    // Returns only once a barrage callback already inside the host has come back.
     roomClient_->logout();
 }
 
@@ -210,13 +211,16 @@ int32_t VxNetServiceImp::onShowEnd(int32_t reason, int32_t banHours) {
 }
 
 int32_t VxNetServiceImp::onBarrageMessage(const BarrageMessage* message) {
+    // Once stopped, a message changes nothing, the catalogue included.
+    ServiceObserver* observer = observer_.load();
+    if (observer == nullptr) {
+        return 0;
+    }
     if (message != nullptr) {
         // Only queues a fetch for an unknown gift or prop; the host gets the message at once.
         liveRoomInfo_->noteBarrageMessage(*message);
     }
-    if (ServiceObserver* observer = observer_.load()) {
-        observer->onBarrageMessage(message);
-    }
+    observer->onBarrageMessage(message);
     return 0;
 }
 

@@ -1,10 +1,19 @@
 #include <gtest/gtest.h>
 
+#include <QMetaObject>
+#include <QObject>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
 #include <string>
 #include <vector>
 
+#include "barrage/barrage_texts.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
+#include "support/watchdog.h"
 
 namespace {
 
@@ -105,9 +114,105 @@ TEST_F(ServiceBarrage, StopSilencesTheHostAndEndsTheConnection) {
     service_->stop();
     EXPECT_EQ(service_->sendChatMessage("after stop"), -1);
     server().sendShowEnd(1, 0);
+    // A message that still found its way in names a gift nobody knows: without a host to
+    // show it to, the catalogue must not fetch it either.
+    BarrageMessage gift;
+    gift.typeName = "gift";
+    gift.rawText = sim::BarrageTexts::gift(1, service_->getRoomId(), 2012, "late", 999999, 1, 0);
+    static_cast<IRoomListener&>(*service_).onBarrageMessage(&gift);
     spinEvents(1300);
     EXPECT_EQ(observer_.events("end ").size(), 1u);
     EXPECT_EQ(records().size(), 1u);  // no reconnect either
+    EXPECT_TRUE(sim().http().requestLog().to("/api/gift/v2/web/single").empty());
 }
+
+// A Qt host that hands each barrage message to its own thread with a blocking queued call,
+// its thread being the service's.
+class BlockingHost : public RecordingObserver {
+public:
+    void onBarrageMessage(const BarrageMessage* message) override {
+        if (!blocking) {
+            RecordingObserver::onBarrageMessage(message);
+            return;
+        }
+        lateCalls += finished ? 1 : 0;
+        change(+1);
+        QMetaObject::invokeMethod(
+            &hostSide_, [] {}, Qt::BlockingQueuedConnection);
+        change(-1);
+    }
+    // Waits without serving the host's thread, so the callback stays blocked.
+    bool waitUntilInside(std::chrono::milliseconds limit) {
+        std::unique_lock<std::mutex> lock(mutex_);
+        return changed_.wait_for(lock, limit, [this] { return inside_ > 0; });
+    }
+    int inside() {
+        std::lock_guard<std::mutex> lock(mutex_);
+        return inside_;
+    }
+
+    std::atomic<bool> blocking{false};
+    std::atomic<bool> finished{false};  // set once the host's operation has returned
+    std::atomic<int> lateCalls{0};
+
+private:
+    void change(int by) {
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            inside_ += by;
+        }
+        changed_.notify_all();
+    }
+
+    QObject hostSide_;  // lives on the thread that made the host: the service's
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int inside_ = 0;
+};
+
+struct HostOperation {
+    const char* name;
+    std::function<void(std::unique_ptr<VxNetServiceImp>&)> run;
+};
+
+class BlockingHostBarrage : public BarrageSimServiceTest,
+                            public ::testing::WithParamInterface<HostOperation> {
+protected:
+    ServiceObserver* observer() override { return &host_; }
+    BlockingHost host_;
+};
+
+// The host's thread ends the barrage while a callback waits for that very thread: the call
+// returns, the callback under way has returned by then, and none starts afterwards.
+TEST_P(BlockingHostBarrage, EndsWhileACallbackWaitsOnTheServiceThread) {
+    login();
+    ASSERT_EQ(service_->startBarrage(), 0);
+    ASSERT_TRUE(waitUntil([&] { return !host_.events("status ").empty(); }, 5000));
+    host_.blocking = true;
+    server().setGeneratorRate(500);
+    ASSERT_TRUE(host_.waitUntilInside(std::chrono::seconds(5)));
+    {
+        const Watchdog watchdog(
+            std::string(GetParam().name) + " with a barrage callback blocked on the service thread",
+            std::chrono::seconds(5));
+        GetParam().run(service_);
+    }
+    EXPECT_EQ(host_.inside(), 0);
+    host_.finished = true;
+    spinEvents(300);
+    EXPECT_EQ(host_.lateCalls.load(), 0);
+    server().setGeneratorRate(0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    HostOperations, BlockingHostBarrage,
+    ::testing::Values(
+        HostOperation{"stop", [](std::unique_ptr<VxNetServiceImp>& s) { s->stop(); }},
+        HostOperation{"logout", [](std::unique_ptr<VxNetServiceImp>& s) { s->logout(); }},
+        HostOperation{"release",
+                      [](std::unique_ptr<VxNetServiceImp>& s) { s.release()->release(); }}),
+    [](const ::testing::TestParamInfo<HostOperation>& info) {
+        return std::string(info.param.name);
+    });
 
 }  // namespace

@@ -225,6 +225,91 @@ TEST_F(RoomClientTest, LogoutCancelsAPendingReconnectAndLaterErrorsArmNothing) {
     EXPECT_EQ(log.mid(begin, expected.size()), expected);
 }
 
+// The kick or suspension lands while the retry armed by a lost connection is counting down.
+TEST_F(RoomClientTest, AKickOrASuspensionVoidsAnArmedReconnect) {
+    const std::pair<int32_t, int32_t> cases[] = {{59, 211}, {56, 230}};
+    for (const auto& [code, status] : cases) {
+        SCOPED_TRACE(testing::Message() << "code " << code);
+        makeClient();
+        sim::BarrageServer server;
+        loginAndWait({&server});
+        server.sendError(51);
+        ASSERT_TRUE(waitUntil([&] { return client_->reconnectPending(); }));
+        server.sendError(code);
+        ASSERT_TRUE(waitUntil([&] { return countOf(status) == 1; }));
+        spinEvents(1300);
+        EXPECT_EQ(connectionCount(server), 1u);
+        EXPECT_EQ(countOf(0), 1);
+        EXPECT_FALSE(client_->loggedIn());
+    }
+}
+
+// Refused by the message client on the spot, an address is one more failed attempt.
+TEST_F(RoomClientTest, AnUnusableFirstServerHandsTheRoomToTheNextASecondLater) {
+    const BarrageServerAddr unusable[] = {{"127.0.0.1", 0}, {"127.0.0.1", 70000}, {"", 4242}};
+    for (const BarrageServerAddr& first : unusable) {
+        SCOPED_TRACE(testing::Message() << '"' << first.host << "\" " << first.port);
+        makeClient();
+        sim::BarrageServer server;
+        RoomLoginParams params = paramsFor({&server});
+        params.servers.insert(params.servers.begin(), first);
+        client_->setLoginParams(params);
+        QElapsedTimer clock;
+        clock.start();
+        client_->login();
+        ASSERT_TRUE(waitUntil([&] { return countOf(0) == 1; }, 5000));
+        EXPECT_GE(clock.elapsed(), 1000);
+        EXPECT_TRUE(mainLogHas(QStringLiteral("[msg] connect refused ip:%1 poort:%2.")
+                                   .arg(QString::fromStdString(first.host))
+                                   .arg(first.port)));
+    }
+}
+
+// What the support desk reads of one connection's life: in, a message each way, a break, back.
+TEST_F(RoomClientTest, ConnectionLifeWritesEveryLogLine) {
+    sim::BarrageServer server;
+    loginAndWait({&server});
+    ASSERT_TRUE(waitForType("monthrk"));
+    EXPECT_EQ(client_->sendRawMessage("type=get;msgtype=weekrk;"), 0);
+    client_->sendKeepAliveNow();
+    ASSERT_TRUE(waitForType("weekrk", 2) && waitForType("keepalive"));
+    server.disconnectAll();
+    ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }, 5000));
+    client_.reset();  // flushes msg.log
+
+    const QString port = QString::number(server.port());
+    const QString address = QStringLiteral("ip: 127\\.0\\.0\\.1, port: ") + port + '$';
+    const std::pair<QString, QString> lines[] = {
+        {tolvane::log::kMainLog, QStringLiteral("^\\[msg\\] CreateVxMessageClient\\.$")},
+        {tolvane::log::kMainLog, QStringLiteral("^\\[msg\\] login start threadId: \\d+\\.$")},
+        {tolvane::log::kMainLog, QStringLiteral("^\\[msg\\] connect threadId:\\d+$")},
+        {tolvane::log::kMainLog,
+         QStringLiteral("^\\[msg\\] connect ip:127\\.0\\.0\\.1 poort:") + port + '$'},
+        {tolvane::log::kMainLog, QStringLiteral("^\\[msg\\] login ok\\.$")},
+        {tolvane::log::kMainLog, QStringLiteral("^\\[msg\\] error:\\d+$")},
+        {tolvane::log::kMessageLog, QStringLiteral("^\\[msg\\] GateServerConnectFinished: 0$")},
+        {tolvane::log::kMessageLog,
+         QStringLiteral("^\\[msg\\] RepeatServerConnectFinished\\{code: 0, ") + address},
+        {tolvane::log::kMessageLog,
+         QStringLiteral("^\\[msg\\] onRepeaterServerLoginres\\{ type=loginres;.* \\}$")},
+        {tolvane::log::kMessageLog,
+         QStringLiteral("^\\[sendRawMessage\\]: type=get;msgtype=noble_num_info;$")},
+        {tolvane::log::kMessageLog,
+         QStringLiteral("^\\[sendRawMessage\\]: type=get;msgtype=weekrk;$")},
+        {tolvane::log::kMessageLog, QStringLiteral("^type=loginres;.*")},
+        {tolvane::log::kMessageLog, QStringLiteral("^type=weekrk;.*")},
+        {tolvane::log::kMessageLog, QStringLiteral("^\\[msg\\] onMsgKeepLive$")},
+        {tolvane::log::kMessageLog,
+         QStringLiteral("^\\[msg\\] RepeatServerConnectAbort\\{code: \\d+, details: .+, ") +
+             address},
+        {tolvane::log::kMessageLog, QStringLiteral("^onMsgError: \\d+$")},
+    };
+    for (const auto& [log, pattern] : lines) {
+        EXPECT_GE(readLogMessages(log).indexOf(QRegularExpression(pattern)), 0)
+            << log.toStdString() << ": " << pattern.toStdString();
+    }
+}
+
 TEST_F(RoomClientTest, MockSwitchTakesEveryAttemptWhileTheIndexStillMoves) {
     sim::BarrageServer mock;
     sim::BarrageServer listed[3];

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <condition_variable>
 #include <cstdint>
 #include <mutex>
 
@@ -7,9 +8,11 @@
 
 namespace corvid {
 
-// The registered callbacks of one client. Every call goes through the table's lock, so a
-// new registration (or close) waits for a running callback and no callback of the old table
-// starts after it. The lock is recursive because a callback may itself re-register.
+// The registered callbacks of one client. A callback runs on a copy of the table taken under
+// the lock, never under the lock itself, so a user's callback may block on anything, even on
+// a thread that is registering anew. A new registration (or close) waits until no callback of
+// the old table runs on another thread, and none starts after it; a callback may re-register
+// or close from inside itself without waiting for itself.
 class CallbackTable {
 public:
     // False for a table whose size field is not 96; a null or all-null table unregisters.
@@ -29,10 +32,17 @@ public:
     void repeaterServerLoginReply(const char* reply);
 
 private:
-    std::recursive_mutex mutex_;
+    class Call;
+
+    // Swaps the table in, then waits for the callbacks of the old one running elsewhere.
+    bool replace(const MessageCallbacks& table, void* userData, bool closing);
+
+    std::mutex mutex_;
+    std::condition_variable idle_;
     MessageCallbacks table_{};
     void* userData_ = nullptr;
     bool closed_ = false;
+    int running_ = 0;  // callbacks under way, on any thread
 };
 
 }  // namespace corvid

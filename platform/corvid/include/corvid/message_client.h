@@ -22,7 +22,9 @@ public:
     /* 3 */ virtual void reserved3() {}
     // Registers the table and user data; a null table, or one whose function fields are all
     // null, unregisters. False for a table whose size field is not 96. When this returns,
-    // no callback of the previous registration is running or will run.
+    // no callback of the previous registration is running or will run, apart from the one
+    // that made this call. Callbacks never run under a lock of the client's, but this call
+    // waits for one that is running: a callback must not wait for the thread that makes it.
     /* 4 */ virtual bool registerCallbacks(const MessageCallbacks* callbacks, void* userData) = 0;
     // A text sent with every later login ("ptx").
     /* 5 */ virtual void setParameterText(const char* text) = 0;

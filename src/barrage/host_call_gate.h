@@ -1,0 +1,42 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+
+namespace tolvane::barrage {
+
+// Lets the message library's threads into host code only while open. Closing waits for the
+// calls already inside, and meanwhile delivers the queued calls posted to the closing thread,
+// because a host callback may be blocked on exactly such a call (a blocking queued connection
+// to the thread that is closing). A call inside the gate on the closing thread itself is not
+// waited for.
+class HostCallGate {
+public:
+    // Held for the length of one call into host code; false when the gate was closed.
+    class Pass {
+    public:
+        explicit Pass(HostCallGate& gate);
+        ~Pass();
+        Pass(const Pass&) = delete;
+        Pass& operator=(const Pass&) = delete;
+        explicit operator bool() const { return admitted_; }
+
+    private:
+        friend class HostCallGate;
+        HostCallGate& gate_;
+        bool admitted_ = false;
+        const Pass* outer_ = nullptr;
+    };
+
+    void open();
+    // Returns once no call admitted before is still inside on another thread.
+    void close();
+
+private:
+    std::mutex mutex_;
+    std::condition_variable idle_;
+    bool open_ = false;
+    int inside_ = 0;
+};
+
+}  // namespace tolvane::barrage
