@@ -24,6 +24,9 @@ public:
     QString qrCode() const { return code_; }
     QImage qrImage() const { return image_; }
     QPushButton* newCodeButton() const { return newCode_; }
+    QLineEdit* nameField() const { return name_; }
+    QLineEdit* passwordField() const { return password_; }
+    QPushButton* logInButton() const { return logIn_; }
     // A command that plays the phone when given the code, shown under the code.
     void setPhoneCommand(const QString& command) { phoneCommand_ = command; }
 

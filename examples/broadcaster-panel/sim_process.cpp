@@ -1,5 +1,19 @@
 #include "sim_process.h"
 
+#ifdef __linux__
+#include <sys/prctl.h>
+
+#include <csignal>
+#endif
+
+void ChildProcess::setupChildProcess() {
+#ifdef __linux__
+    // Runs in the child between fork and exec: SIGTERM, which the simulator ends cleanly on,
+    // once the panel is gone.
+    prctl(PR_SET_PDEATHSIG, SIGTERM);
+#endif
+}
+
 SimProcess::SimProcess(QObject* parent) : QObject(parent) {
     process_.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     connect(&process_, &QProcess::readyReadStandardOutput, this, &SimProcess::readOutput);

@@ -9,6 +9,12 @@
 // A tolvane-sim of the installed package, run as a child process for as long as this object
 // lives. ready() comes once it serves and has written the default.data that points a module
 // at it.
+// A child process that ends with the panel, also when the panel is killed or crashes.
+class ChildProcess : public QProcess {
+protected:
+    void setupChildProcess() override;
+};
+
 class SimProcess : public QObject {
     Q_OBJECT
 public:
@@ -31,7 +37,7 @@ private:
     void readOutput();
 
     QTemporaryDir folder_;
-    QProcess process_;
+    ChildProcess process_;
     QByteArray pending_;
     QString origin_;
     QString defaultData_;
