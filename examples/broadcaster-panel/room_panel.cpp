@@ -60,6 +60,15 @@ RoomPanel::RoomPanel(PanelService& service, QWidget* parent)
     feedView_->setModel(feed_);
     feedView_->setUniformItemSizes(true);
     feedView_->setSelectionMode(QAbstractItemView::NoSelection);
+    // The feed follows the newest line until the user scrolls up, and again once back down.
+    QScrollBar* bar = feedView_->verticalScrollBar();
+    connect(bar, &QScrollBar::rangeChanged, this, [this, bar](int, int maximum) {
+        if (following_) {
+            bar->setValue(maximum);
+        }
+    });
+    connect(bar, &QScrollBar::valueChanged, this,
+            [this, bar](int value) { following_ = value >= bar->maximum(); });
     rankings_->setColumnCount(2);
     rankings_->setHeaderLabels({QStringLiteral("Ranking"), QStringLiteral("Score")});
     rankings_->header()->setSectionResizeMode(0, QHeaderView::Stretch);
@@ -111,8 +120,6 @@ void RoomPanel::onBarrage(const QString& type, const QByteArray& text) {
     };
     const QString sender =
         value("nn").isEmpty() ? QStringLiteral("user ") + value("uid") : value("nn");
-    const bool atBottom =
-        feedView_->verticalScrollBar()->value() == feedView_->verticalScrollBar()->maximum();
     if (type == QLatin1String("chatmsg")) {
         feed_->addChat(sender, value("txt"));
     } else if (type == QLatin1String("gift")) {
@@ -127,9 +134,6 @@ void RoomPanel::onBarrage(const QString& type, const QByteArray& text) {
         showCounts();
     } else if (!rankingTitle(type).isEmpty()) {
         showRanking(type, value("list"), value("bn"));
-    }
-    if (atBottom) {
-        feedView_->scrollToBottom();
     }
 }
 

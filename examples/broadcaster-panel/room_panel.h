@@ -40,4 +40,5 @@ private:
     int online_ = -1;
     int members_ = -1;
     bool askedOnline_ = false;
+    bool following_ = true;
 };

@@ -261,7 +261,9 @@ void PanelRoadTest::goLiveAndWatch() {
     // Gifts the room's template lacks are named once the catalogue has fetched them.
     WAIT_FOR("every gift named", feed.unnamedCount() == 0, 10000);
     watchdog_.setStep(QStringLiteral("the barrage"));
+    const int chatsBefore = feed.chatCount();
     QTest::qWait(3000);
+    QVERIFY2(feed.chatCount() > chatsBefore, "the feed stood still for three seconds");
     checkClean(QStringLiteral("the barrage"));
     shoot(QStringLiteral("04-live-room"));
 }
