@@ -8,7 +8,7 @@ packages=(
     qtbase5-dev libcurl4-openssl-dev libcpp-httplib-dev libasio-dev libssl-dev
     googletest libgtest-dev libgmock-dev libbenchmark-dev tinyproxy openssl
     g++-mingw-w64-x86-64-posix
-    libqrencode-dev zbar-tools
+    libqrencode-dev zbar-tools fonts-wqy-microhei
 )
 
 missing=()

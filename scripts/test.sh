@@ -19,4 +19,5 @@ for preset in "${presets[@]}"; do
         echo "== Windows compile check"
         bash scripts/check_windows.sh
     fi
+    case $preset in default | asan) bash scripts/check_panel.sh "build/$preset" ;; esac
 done
