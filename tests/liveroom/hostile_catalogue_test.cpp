@@ -1,0 +1,169 @@
+// A host that treats the catalogue as a Qt GUI host would: each callback is handed to the GUI
+// thread with a blocking queued connection, and the GUI thread is the service's thread.
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+#include <QThread>
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "http/sim_records.h"
+#include "liveroom/vx_live_room_info.h"
+#include "support/sim_service_fixture.h"
+#include "support/wait.h"
+#include "support/watchdog.h"
+#include "tolvane/async_net_service.h"
+
+namespace {
+
+using tolvane::sim::SimFault;
+
+class HandingOverSubject : public IVxDataSubject {
+public:
+    explicit HandingOverSubject(QObject* gui) : gui_(gui) {}
+    void onTableChanged(VxCatalogueTable) override { handOver(); }
+    void onRoomChanged(int32_t) override { handOver(); }
+
+    std::atomic<int> calls{0};
+    std::atomic<int> waiting{0};  // callbacks waiting for the GUI thread right now
+
+private:
+    void handOver() {
+        ++calls;
+        if (QThread::currentThread() != gui_->thread()) {
+            ++waiting;
+            QMetaObject::invokeMethod(
+                gui_, [] {}, Qt::BlockingQueuedConnection);
+            --waiting;
+        }
+    }
+
+    QObject* gui_;
+};
+
+// Waits with this thread's events left unserved, as a busy GUI thread would.
+bool waitBusy(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+class BlockingCatalogueObserver : public AnchorRoomSimServiceTest {
+public:
+    VxNetServiceImp& net() { return service(); }
+    void release() { service_.release()->release(); }
+
+protected:
+    IVxLiveRoomInfo& store() { return *service().getLiveRoomInfo(); }
+
+    QObject gui_;
+    HandingOverSubject subject_{&gui_};
+};
+
+struct ServiceStep {
+    const char* where;
+    std::function<void(BlockingCatalogueObserver&)> run;
+    bool releases;
+};
+
+class BlockingCatalogueObserverSteps : public BlockingCatalogueObserver,
+                                       public ::testing::WithParamInterface<ServiceStep> {};
+
+// While a callback on the fetch thread waits for the service thread, that thread changes the
+// catalogue, removes the observer or releases the service: each must return, and the waiting
+// callback must be served.
+TEST_P(BlockingCatalogueObserverSteps, ServiceThreadGoesOnWhileACallbackWaitsForIt) {
+    const ServiceStep& step = GetParam();
+    store().addObserver(&subject_);
+    ASSERT_EQ(service().loadGiftTables(), 0);  // the resource files load on the fetch thread
+    ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }))
+        << "no catalogue callback came from the fetch thread";
+    {
+        Watchdog watchdog(std::string(step.where) + " while a catalogue callback waited for it");
+        step.run(*this);
+    }
+    if (step.releases) {
+        EXPECT_EQ(subject_.waiting.load(), 0);
+        return;
+    }
+    ASSERT_TRUE(waitUntil([&] { return subject_.waiting.load() == 0; }));
+    store().removeObserver(&subject_);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, BlockingCatalogueObserverSteps,
+    ::testing::Values(
+        ServiceStep{"slot 49 (loadGiftTables)",
+                    [](BlockingCatalogueObserver& test) { test.net().loadGiftTables(); }, false},
+        ServiceStep{"slot 36 (logout)",
+                    [](BlockingCatalogueObserver& test) { test.net().logout(); }, false},
+        ServiceStep{"slot 25 (release)", [](BlockingCatalogueObserver& test) { test.release(); },
+                    true}),
+    [](const auto& info) { return std::to_string(info.index); });
+
+TEST_F(BlockingCatalogueObserver, NoCallbackRunsOrStartsOnceRemoveObserverReturns) {
+    store().addObserver(&subject_);
+    ASSERT_EQ(service().loadGiftTables(), 0);
+    ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }));
+    {
+        Watchdog watchdog("removeObserver() while a catalogue callback waited for its thread");
+        store().removeObserver(&subject_);
+    }
+    EXPECT_EQ(subject_.waiting.load(), 0);
+    const int calls = subject_.calls.load();
+    // The other resource files still load, and change tables, after the removal.
+    auto* catalogue = static_cast<VxLiveRoomInfo*>(service().getLiveRoomInfo());
+    ASSERT_TRUE(waitUntil([&] { return !catalogue->fetching(); }));
+    EXPECT_EQ(subject_.calls.load(), calls);
+}
+
+ILiveencoderNetService* createService(ServiceObserver* observer, BreadcrumbSink* sink) {
+    return new VxNetServiceImp(observer, sink);
+}
+
+// The GUI thread destroys the facade while a callback on the service thread waits for it.
+TEST_F(BlockingCatalogueObserver, AsyncNetServiceDestructionServesACallbackWaitingForIt) {
+    auto net = std::make_unique<tolvane::AsyncNetService>(&createService, nullptr, nullptr);
+    net->post([this](ILiveencoderNetService& service) {
+        std::string error, token;
+        service.login("anchor", "secret123", error, token);
+        service.getLiveRoomInfo()->addObserver(&subject_);
+        service.refreshRoomInfo();
+    });
+    ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }));
+    Watchdog watchdog("~AsyncNetService while a catalogue callback waited for its thread");
+    net.reset();
+}
+
+// Everything the service has in flight on other threads is aborted, not waited out.
+TEST_F(BlockingCatalogueObserver, StopAndReleaseDoNotWaitForHeldTransfers) {
+    const char* const held[] = {"/resource/common/property_info.json", "/api/v1/timestamp"};
+    for (const char* path : held) {
+        sim().http().setFault(path, SimFault::delay(8000));
+    }
+    const std::size_t seen = requestsTo(held[0]).size() + requestsTo(held[1]).size();
+    ASSERT_EQ(service().loadGiftTables(), 0);
+    service().startServerTimeSync();
+    ASSERT_TRUE(waitUntil([&] {
+        return requestsTo(held[0]).size() + requestsTo(held[1]).size() >= seen + 2;
+    })) << "the simulator never held both transfers";
+
+    QElapsedTimer elapsed;
+    elapsed.start();
+    {
+        Watchdog watchdog("stop() and release() with transfers held by the simulator");
+        service().stop();
+        release();
+    }
+    EXPECT_LT(elapsed.elapsed(), 1000);
+}
+
+}  // namespace
