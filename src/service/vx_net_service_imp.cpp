@@ -7,12 +7,12 @@
 #include "halyard/client_setup.h"
 #include "halyard/login_request.h"
 #include "liveroom/vx_live_room_info.h"
+#include "log/log_writer.h"
 #include "net/easy_net_manager.h"
 #include "net/param_list.h"
 #include "net/session_text.h"
 #include "net/vx_net_request.h"
 #include "service/environment.h"
-#include "log/log_writer.h"
 
 using tolvane::log::kMainLog;
 using tolvane::log::writeLine;
@@ -47,6 +47,10 @@ VxNetServiceImp::VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* brea
 
 VxNetServiceImp::~VxNetServiceImp() {
     tolvane::log::writeBanner(QStringLiteral("VxNetServiceImp::~VxNetServiceImp"));
+    // The catalogue's fetch thread goes first, while everything here is still whole: its
+    // transfer is aborted, and a host callback running on it may wait for a queued call to this
+    // thread, which the wait serves.
+    liveRoomInfo_->shutdown();
     if (timer_ != nullptr) {
         timer_->stop();
         delete timer_;
