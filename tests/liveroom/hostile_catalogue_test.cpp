@@ -62,7 +62,26 @@ public:
     void release() { service_.release()->release(); }
 
 protected:
+    void TearDown() override {
+        Watchdog watchdog("tearing the service down");
+        AnchorRoomSimServiceTest::TearDown();
+    }
+
     IVxLiveRoomInfo& store() { return *service().getLiveRoomInfo(); }
+    VxLiveRoomInfo& catalogue() { return static_cast<VxLiveRoomInfo&>(store()); }
+
+    // Registers the observer once the room's first load is over, then has slot 49 queue the
+    // resource files, whose callbacks on the fetch thread wait for this thread, left unserved.
+    void startWaitingCallback() {
+        ASSERT_TRUE(waitUntil([&] { return !catalogue().fetching(); }));
+        store().addObserver(&subject_);
+        {
+            Watchdog watchdog("slot 49 (loadGiftTables) starting the resource fetches");
+            ASSERT_EQ(service().loadGiftTables(), 0);
+        }
+        ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }))
+            << "no catalogue callback came from the fetch thread";
+    }
 
     QObject gui_;
     HandingOverSubject subject_{&gui_};
@@ -82,10 +101,7 @@ class BlockingCatalogueObserverSteps : public BlockingCatalogueObserver,
 // callback must be served.
 TEST_P(BlockingCatalogueObserverSteps, ServiceThreadGoesOnWhileACallbackWaitsForIt) {
     const ServiceStep& step = GetParam();
-    store().addObserver(&subject_);
-    ASSERT_EQ(service().loadGiftTables(), 0);  // the resource files load on the fetch thread
-    ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }))
-        << "no catalogue callback came from the fetch thread";
+    ASSERT_NO_FATAL_FAILURE(startWaitingCallback());
     {
         Watchdog watchdog(std::string(step.where) + " while a catalogue callback waited for it");
         step.run(*this);
@@ -110,9 +126,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return std::to_string(info.index); });
 
 TEST_F(BlockingCatalogueObserver, NoCallbackRunsOrStartsOnceRemoveObserverReturns) {
-    store().addObserver(&subject_);
-    ASSERT_EQ(service().loadGiftTables(), 0);
-    ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }));
+    ASSERT_NO_FATAL_FAILURE(startWaitingCallback());
     {
         Watchdog watchdog("removeObserver() while a catalogue callback waited for its thread");
         store().removeObserver(&subject_);
@@ -120,8 +134,7 @@ TEST_F(BlockingCatalogueObserver, NoCallbackRunsOrStartsOnceRemoveObserverReturn
     EXPECT_EQ(subject_.waiting.load(), 0);
     const int calls = subject_.calls.load();
     // The other resource files still load, and change tables, after the removal.
-    auto* catalogue = static_cast<VxLiveRoomInfo*>(service().getLiveRoomInfo());
-    ASSERT_TRUE(waitUntil([&] { return !catalogue->fetching(); }));
+    ASSERT_TRUE(waitUntil([&] { return !catalogue().fetching(); }));
     EXPECT_EQ(subject_.calls.load(), calls);
 }
 
