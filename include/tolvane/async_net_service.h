@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QAbstractEventDispatcher>
 #include <QCoreApplication>
 #include <QEvent>
 #include <QEventLoop>
@@ -7,7 +8,9 @@
 #include <QFutureInterface>
 #include <QObject>
 #include <QThread>
+#include <QVariant>
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <deque>
 #include <functional>
@@ -19,6 +22,7 @@
 #include <utility>
 
 #include "tolvane/i_liveencoder_net_service.h"
+#include "tolvane/operation_abort.h"
 
 namespace tolvane {
 
@@ -30,9 +34,11 @@ namespace tolvane {
 //     net.post([](ILiveencoderNetService& s) { return s.getRoomId(); }, window,
 //              [window](int32_t roomId) { window->showRoom(roomId); });
 //
-// Operations run one at a time in the order they were posted, as the service requires.
-// Construct and destroy the object while a Qt application exists, never from inside an
-// operation (the destructor waits for the service thread). The observer and the breadcrumb sink
+// Operations run one at a time in the order they were posted, as the service requires. The
+// HTTP transfers of a running operation can be aborted (cancel(), the destructor): the operation
+// then returns at once as if nothing had answered. Construct and destroy the object while a Qt
+// application exists, never from inside an operation (the destructor waits for the service
+// thread, a few tens of milliseconds). The observer and the breadcrumb sink
 // are called as without this object (barrage events on the module's threads, breadcrumbs on the
 // service thread) and must outlive it. Every hand-over between threads goes through this
 // object's own locks, so that ThreadSanitizer sees it.
@@ -47,19 +53,33 @@ public:
         valid_ = service_ != nullptr;
     }
 
-    // Cancels what has not started, lets a running operation finish, stops and releases the
-    // service on its own thread, then ends and joins the thread.
+    // Cancels what has not started, aborts a running operation, stops and releases the service
+    // on its own thread, then ends and joins the thread. No done is called afterwards. While it
+    // waits, this thread keeps serving its queued Qt calls: a host callback that waits for this
+    // thread (a blocking queued connection to the GUI thread) may be what the service waits for.
     ~AsyncNetService() {
         *open_ = false;
         std::map<quint64, Task> dropped;
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            dropped.swap(pending_);
-            wakeLocked(kReleaseTicket);
-        }
+        std::unique_lock<std::mutex> lock(mutex_);
+        abort_ = true;
+        closed_ = true;
+        dropped.swap(pending_);
+        wakeLocked(kReleaseTicket);
+        lock.unlock();
         for (auto& entry : dropped) {
             entry.second.drop();
         }
+        lock.lock();
+        const auto finished = [this] { return finished_; };
+        if (QAbstractEventDispatcher::instance() == nullptr) {
+            changed_.wait(lock, finished);
+        }
+        while (!changed_.wait_for(lock, std::chrono::milliseconds(2), finished)) {
+            lock.unlock();
+            QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+            lock.lock();
+        }
+        lock.unlock();
         thread_.join();
     }
 
@@ -70,7 +90,7 @@ public:
 
     // Runs op(service) on the service thread, then done(result) on context's thread through its
     // event loop; done is skipped when context or this object is destroyed first. Returns the
-    // ticket for cancel(), or 0 when there is no service.
+    // ticket for cancel(), or 0 when there is no service or the destructor has begun.
     template <class Op, class Done>
     quint64 post(Op op, QObject* context, Done done) {
         if (!valid_ || context == nullptr) {
@@ -90,6 +110,7 @@ public:
             }
         };
         task.drop = [delivery] { delivery->send(nullptr); };
+        task.silence = [delivery] { return delivery->silence(); };
         return enqueue(std::move(task));
     }
 
@@ -125,11 +146,18 @@ public:
         return future;
     }
 
-    // True when the operation had not started and now never will; its done is not called.
+    // True when the operation's done will now never be called: either it had not started and
+    // never will, or it was running and its transfers are aborted (it returns as if nothing had
+    // answered, 210 where it has a result code, and that result is dropped). False for a ticket
+    // whose done has already been called or is not known.
     bool cancel(quint64 ticket) {
         Task task;
         {
             std::lock_guard<std::mutex> lock(mutex_);
+            if (ticket != kReleaseTicket && ticket == runningTicket_) {
+                abort_ = true;
+                return runningSilence_();
+            }
             const auto it = pending_.find(ticket);
             if (it == pending_.end()) {
                 return false;
@@ -146,7 +174,8 @@ private:
 
     struct Task {
         std::function<void(ILiveencoderNetService&)> run;
-        std::function<void()> drop;  // the operation will never run
+        std::function<void()> drop;     // the operation will never run
+        std::function<bool()> silence;  // its done must not run; false when it already has
     };
 
     // Calls a function for every custom event posted to it; needs no moc.
@@ -168,13 +197,22 @@ private:
         std::mutex mutex;
         Courier* courier = nullptr;    // null once the courier is gone
         std::function<void()> answer;  // null: the operation was dropped
+        bool silenced = false;         // cancelled while it ran
+        bool delivered = false;        // the courier has taken the answer
 
         void send(std::function<void()> call) {
             std::lock_guard<std::mutex> lock(mutex);
             if (courier != nullptr) {
-                answer = std::move(call);
+                // The event still goes, so that the courier ends.
+                answer = silenced ? nullptr : std::move(call);
                 QCoreApplication::postEvent(courier, new QEvent(QEvent::User));
             }
+        }
+        bool silence() {
+            std::lock_guard<std::mutex> lock(mutex);
+            silenced = true;
+            answer = nullptr;
+            return !delivered;
         }
     };
 
@@ -203,6 +241,7 @@ private:
             {
                 std::lock_guard<std::mutex> lock(delivery_->mutex);
                 answer = std::move(delivery_->answer);
+                delivery_->delivered = delivery_->delivered || answer != nullptr;
             }
             if (answer && *open_) {
                 answer();
@@ -219,6 +258,9 @@ private:
     void serve(CreateNetServiceFunction create, ServiceObserver* observer, BreadcrumbSink* sink) {
         QEventLoop loop;
         EventTarget target([this, &loop] { runNext(loop); });
+        // The module watches this flag during the transfers it runs on this thread.
+        QThread::currentThread()->setProperty(kOperationAbortProperty,
+                                              QVariant::fromValue(static_cast<void*>(&abort_)));
         // The service binds its timers and replies to the thread that creates it.
         ILiveencoderNetService* service = create != nullptr ? create(observer, sink) : nullptr;
         {
@@ -229,6 +271,11 @@ private:
         }
         changed_.notify_all();
         loop.exec();
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            finished_ = true;
+        }
+        changed_.notify_all();
     }
 
     // Posting under the lock keeps the event, and everything queued with it, visibly ordered
@@ -238,8 +285,14 @@ private:
         QCoreApplication::postEvent(target_, new QEvent(QEvent::User));
     }
 
+    // 0, with the task dropped, once the destructor has begun (a host event it serves may post).
     quint64 enqueue(Task task) {
-        std::lock_guard<std::mutex> lock(mutex_);
+        std::unique_lock<std::mutex> lock(mutex_);
+        if (closed_) {
+            lock.unlock();
+            task.drop();
+            return 0;
+        }
         const quint64 ticket = ++lastTicket_;
         pending_.emplace(ticket, std::move(task));
         wakeLocked(ticket);
@@ -264,10 +317,17 @@ private:
                 }
                 task = std::move(it->second);
                 pending_.erase(it);
+                runningTicket_ = ticket;
+                runningSilence_ =
+                    task.silence ? task.silence : std::function<bool()>([] { return false; });
+                abort_ = false;
             }
         }
         if (task.run) {
             task.run(*service);
+            std::lock_guard<std::mutex> lock(mutex_);
+            runningTicket_ = kReleaseTicket;
+            runningSilence_ = nullptr;
         } else {
             if (service != nullptr) {
                 service->stop();
@@ -281,11 +341,18 @@ private:
     std::mutex mutex_;  // guards everything below that both threads touch
     std::condition_variable changed_;
     bool started_ = false;
+    bool closed_ = false;            // the destructor has begun; nothing more is queued
+    bool finished_ = false;          // the service is released and its thread's loop has ended
     EventTarget* target_ = nullptr;  // on the service thread; receives one event per ticket
     ILiveencoderNetService* service_ = nullptr;
     std::map<quint64, Task> pending_;
     std::deque<quint64> order_;
     quint64 lastTicket_ = 0;
+    quint64 runningTicket_ = kReleaseTicket;  // none
+    std::function<bool()> runningSilence_;
+    // Read by the module on the service thread; raised by cancel() and the destructor, lowered
+    // before each operation.
+    std::atomic<bool> abort_{false};
     bool valid_ = false;  // written once by the constructor
     // Cleared first by the destructor, so that answers still queued for callers are dropped.
     std::shared_ptr<std::atomic<bool>> open_ = std::make_shared<std::atomic<bool>>(true);

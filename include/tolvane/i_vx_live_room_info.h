@@ -60,8 +60,9 @@ struct VxResourceRecord {
 
 // Implemented by the host and registered with IVxLiveRoomInfo::addObserver. Called on the
 // thread that changed the catalogue (the service's thread or the catalogue's fetch thread),
-// after the change, with no table locked: an implementation may read the catalogue, but must
-// not add or remove observers while it holds a lock that its own callbacks also take.
+// after the change, with no lock of the catalogue held: an implementation may read the
+// catalogue, and may block until another thread (the host's GUI thread) answers, but must not
+// add or remove observers while it holds a lock that its own callbacks also take.
 class IVxDataSubject {
 public:
     // A table was loaded, cleared, or gained an entry fetched on its own.
@@ -100,6 +101,9 @@ public:
 
     // Observers are not owned; remove one before it goes. Adding one twice adds it once.
     virtual void addObserver(IVxDataSubject* observer) = 0;
+    // Once it returns, no callback to the observer starts, and none runs on another thread: it
+    // waits for a running one, serving the calling thread's queued Qt calls meanwhile. Called
+    // from inside a callback, it does not wait.
     virtual void removeObserver(IVxDataSubject* observer) = 0;
 
     // The value slot 26 sends for `count` of item `id` of `kind` (kVxSendGift or kVxSendProp):

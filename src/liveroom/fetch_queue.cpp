@@ -2,26 +2,45 @@
 
 #include <algorithm>
 
+#include "liveroom/serving_wait.h"
+
 namespace tolvane::liveroom {
 
 FetchQueue::FetchQueue(Fetch fetch) : fetch_(std::move(fetch)), worker_([this] { run(); }) {}
 
 FetchQueue::~FetchQueue() {
+    stop();
+}
+
+void FetchQueue::stop() {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
+        std::unique_lock<std::mutex> lock(mutex_);
         stopping_ = true;
+        states_.clear();
+        wake_.notify_all();
+        waitServingEvents(lock, wake_, [this] { return stopped_; });
     }
-    wake_.notify_all();
-    worker_.join();
+    if (worker_.joinable()) {
+        worker_.join();
+    }
 }
 
 bool FetchQueue::request(const FetchKey& key) {
     {
         std::lock_guard<std::mutex> lock(mutex_);
+        if (stopping_) {
+            return false;
+        }
         const Clock::time_point now = Clock::now();
         auto found = states_.find(key);
         if (found != states_.end()) {
             State& state = found->second;
+            if (state.running && runningGeneration_ != generation_) {
+                // Its answer belongs to a cleared generation; fetch it again once it is in.
+                const bool queued = !state.askedAgain;
+                state.askedAgain = true;
+                return queued;
+            }
             if (state.active || now < state.due) {
                 return false;
             }
@@ -57,8 +76,18 @@ void FetchQueue::clear() {
     std::lock_guard<std::mutex> lock(mutex_);
     ++generation_;
     for (auto it = states_.begin(); it != states_.end();) {
-        it = it->second.running ? std::next(it) : states_.erase(it);
+        if (it->second.running) {
+            it->second.askedAgain = false;
+            ++it;
+        } else {
+            it = states_.erase(it);
+        }
     }
+}
+
+bool FetchQueue::current(uint64_t generation) const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return generation == generation_;
 }
 
 void FetchQueue::setPolicy(const Policy& policy) {
@@ -107,8 +136,9 @@ void FetchQueue::run() {
         }
         states_[key].running = true;
         const uint64_t generation = generation_;
+        runningGeneration_ = generation;
         lock.unlock();
-        const bool done = fetch_(key);
+        const bool done = fetch_(key, generation);
         lock.lock();
         auto found = states_.find(key);
         if (found == states_.end()) {
@@ -116,6 +146,11 @@ void FetchQueue::run() {
         }
         State& state = found->second;
         state.running = false;
+        if (generation != generation_ && state.askedAgain) {
+            state = State{};
+            state.due = Clock::now();
+            continue;
+        }
         if (done || generation != generation_) {
             states_.erase(found);
             continue;
@@ -129,6 +164,8 @@ void FetchQueue::run() {
             state.due = now + policy_.longestRetry;
         }
     }
+    stopped_ = true;
+    wake_.notify_all();
 }
 
 }  // namespace tolvane::liveroom

@@ -30,8 +30,9 @@ struct FetchKey {
 // delay has passed, so that a steady stream of requests never turns into a stream of fetches.
 class FetchQueue {
 public:
-    // Runs on the worker thread; true when the key is done with.
-    using Fetch = std::function<bool(const FetchKey&)>;
+    // Runs on the worker thread; true when the key is done with. `generation` is the queue's
+    // generation when the key was handed out: its result is still wanted while current(generation).
+    using Fetch = std::function<bool(const FetchKey&, uint64_t generation)>;
     using Clock = std::chrono::steady_clock;
 
     struct Policy {
@@ -43,15 +44,23 @@ public:
     };
 
     explicit FetchQueue(Fetch fetch);
-    ~FetchQueue();  // waits for a running fetch, drops the rest
+    ~FetchQueue();  // stop()s
+
     FetchQueue(const FetchQueue&) = delete;
     FetchQueue& operator=(const FetchQueue&) = delete;
 
     // True when the key was queued now; never blocks on a fetch. False also when the queue
     // holds `capacity` keys and none of the resting ones may go yet.
     bool request(const FetchKey& key);
-    // Forgets every waiting and resting key; a running fetch finishes but is not retried.
+    // Forgets every waiting and resting key; a running fetch finishes but is not retried, and a
+    // key asked for again meanwhile is fetched anew once it has.
     void clear();
+    // False once clear() has run since the key of that generation was handed out.
+    bool current(uint64_t generation) const;
+    // Ends the worker: drops every key and waits for a running fetch, while the calling thread
+    // keeps serving its queued Qt calls (the fetch may be waiting for one). Later requests are
+    // refused.
+    void stop();
     void setPolicy(const Policy& policy);
     // True while a key waits, runs or waits for a retry.
     bool busy() const;
@@ -60,6 +69,7 @@ private:
     struct State {
         bool active = true;  // waiting, running or waiting for a retry
         bool running = false;
+        bool askedAgain = false;  // asked for after a clear() while it ran
         int failures = 0;
         Clock::time_point due;
     };
@@ -76,9 +86,11 @@ private:
     std::condition_variable wake_;
     std::map<FetchKey, State> states_;
     Policy policy_;
-    uint64_t generation_ = 0;  // bumped by clear()
+    uint64_t generation_ = 0;         // bumped by clear()
+    uint64_t runningGeneration_ = 0;  // the generation the running key was handed out in
     bool stopping_ = false;
-    std::thread worker_;  // last: starts once everything above exists
+    bool stopped_ = false;  // the worker has left its loop
+    std::thread worker_;    // last: starts once everything above exists
 };
 
 }  // namespace tolvane::liveroom

@@ -5,10 +5,11 @@
 
 #include "liveroom/catalogue_parsers.h"
 #include "liveroom/catalogue_rows.h"
+#include "liveroom/serving_wait.h"
+#include "log/log_writer.h"
 #include "net/operation_request.h"
 #include "net/vx_net_request.h"
 #include "parse/data_parser.h"
-#include "log/log_writer.h"
 #include "vxencoder/vx_decoder.h"
 
 using tolvane::liveroom::FetchKey;
@@ -26,6 +27,9 @@ void logLine(const QString& text) {
     tolvane::log::writeLine(tolvane::log::kMainLog, text);
 }
 
+// Observer callbacks this thread is inside of, in any store.
+thread_local int callbacksRunningHere = 0;
+
 }  // namespace
 
 VxLiveRoomInfo::VxLiveRoomInfo(VxNetRequest* request, DataParser* parser)
@@ -35,11 +39,17 @@ VxLiveRoomInfo::VxLiveRoomInfo(VxNetRequest* request, DataParser* parser)
       endpoints_(VxEndpoints::fromDefaultData()),
       fetchClient_(std::make_unique<VxNetRequest>(environment_, nullptr)) {
     takeRequestSettings();
-    queue_ = std::make_unique<FetchQueue>([this](const FetchKey& key) { return fetch(key); });
+    queue_ = std::make_unique<FetchQueue>(
+        [this](const FetchKey& key, uint64_t generation) { return fetch(key, generation); });
 }
 
 VxLiveRoomInfo::~VxLiveRoomInfo() {
-    queue_.reset();
+    shutdown();
+}
+
+void VxLiveRoomInfo::shutdown() {
+    fetchClient_->abortTransfers();
+    queue_->stop();
 }
 
 // --- Reads, from any thread ---
@@ -131,33 +141,68 @@ void VxLiveRoomInfo::addObserver(IVxDataSubject* observer) {
     if (observer == nullptr) {
         return;
     }
-    std::lock_guard<std::recursive_mutex> lock(observersMutex_);
-    if (std::find(observers_.begin(), observers_.end(), observer) == observers_.end()) {
-        observers_.push_back(observer);
+    std::lock_guard<std::mutex> lock(observersMutex_);
+    const bool known = std::any_of(observers_.begin(), observers_.end(),
+                                   [&](const auto& slot) { return slot->observer == observer; });
+    if (!known) {
+        auto slot = std::make_shared<ObserverSlot>();
+        slot->observer = observer;
+        observers_.push_back(std::move(slot));
     }
 }
 
+// Once this returns no new callback starts for the observer, and none is running on another
+// thread. Called from inside a callback it does not wait: the caller's own callback is running,
+// and two callbacks removing each other's observers would wait for each other for ever.
 void VxLiveRoomInfo::removeObserver(IVxDataSubject* observer) {
-    std::lock_guard<std::recursive_mutex> lock(observersMutex_);
-    observers_.erase(std::remove(observers_.begin(), observers_.end(), observer), observers_.end());
+    std::unique_lock<std::mutex> lock(observersMutex_);
+    const auto found = std::find_if(observers_.begin(), observers_.end(),
+                                    [&](const auto& slot) { return slot->observer == observer; });
+    if (found == observers_.end()) {
+        return;
+    }
+    const std::shared_ptr<ObserverSlot> slot = *found;
+    slot->removed = true;
+    observers_.erase(found);
+    if (callbacksRunningHere == 0) {
+        tolvane::liveroom::waitServingEvents(lock, observerReturned_,
+                                             [&] { return slot->calls == 0; });
+    }
 }
 
-// The lock is held through the calls, so an observer that removeObserver has returned for is
-// never called again; the copy lets a callback remove itself.
-void VxLiveRoomInfo::notifyTable(VxCatalogueTable table) {
-    std::lock_guard<std::recursive_mutex> lock(observersMutex_);
-    const std::vector<IVxDataSubject*> observers = observers_;
-    for (IVxDataSubject* observer : observers) {
-        observer->onTableChanged(table);
+// The lock is taken only to pick the next observer and to count the call, never around it.
+template <typename Call>
+void VxLiveRoomInfo::notify(const Call& call) {
+    std::vector<std::shared_ptr<ObserverSlot>> registered;
+    {
+        std::lock_guard<std::mutex> lock(observersMutex_);
+        registered = observers_;
     }
+    for (const std::shared_ptr<ObserverSlot>& slot : registered) {
+        {
+            std::lock_guard<std::mutex> lock(observersMutex_);
+            if (slot->removed) {
+                continue;
+            }
+            ++slot->calls;
+        }
+        ++callbacksRunningHere;
+        call(*slot->observer);
+        --callbacksRunningHere;
+        {
+            std::lock_guard<std::mutex> lock(observersMutex_);
+            --slot->calls;
+        }
+        observerReturned_.notify_all();
+    }
+}
+
+void VxLiveRoomInfo::notifyTable(VxCatalogueTable table) {
+    notify([table](IVxDataSubject& observer) { observer.onTableChanged(table); });
 }
 
 void VxLiveRoomInfo::notifyRoom(int32_t roomId) {
-    std::lock_guard<std::recursive_mutex> lock(observersMutex_);
-    const std::vector<IVxDataSubject*> observers = observers_;
-    for (IVxDataSubject* observer : observers) {
-        observer->onRoomChanged(roomId);
-    }
+    notify([roomId](IVxDataSubject& observer) { observer.onRoomChanged(roomId); });
 }
 
 // --- The service's side ---
@@ -221,7 +266,6 @@ void VxLiveRoomInfo::clear() {
     std::vector<VxCatalogueTable> cleared;
     {
         std::lock_guard<std::mutex> lock(fillMutex_);
-        ++generation_;
         queue_->clear();
         if (gifts_.clear()) {
             cleared.push_back(VxCatalogueTable::Gifts);
@@ -296,14 +340,14 @@ bool VxLiveRoomInfo::fetching() const {
 
 // --- The fetch thread ---
 
-bool VxLiveRoomInfo::fetch(const FetchKey& key) {
+bool VxLiveRoomInfo::fetch(const FetchKey& key, uint64_t generation) {
     switch (key.kind) {
         case FetchKey::Gift:
-            return fetchGift(key.id, key.extra);
+            return fetchGift(key.id, key.extra, generation);
         case FetchKey::Prop:
-            return fetchProp(key.id);
+            return fetchProp(key.id, generation);
         default:
-            return fetchResource(key.id);
+            return fetchResource(key.id, generation);
     }
 }
 
@@ -329,12 +373,7 @@ void logRefusedReply(const tolvane::net::OperationRow& row, const QByteArray& bo
 
 }  // namespace
 
-bool VxLiveRoomInfo::fetchGift(int32_t giftId, int32_t skinId) {
-    uint64_t generation = 0;
-    {
-        std::lock_guard<std::mutex> lock(fillMutex_);
-        generation = generation_;
-    }
+bool VxLiveRoomInfo::fetchGift(int32_t giftId, int32_t skinId, uint64_t generation) {
     const tolvane::net::OperationRow& row = tolvane::liveroom::singleGiftRow();
     QByteArray body;
     if (!send(row,
@@ -352,7 +391,7 @@ bool VxLiveRoomInfo::fetchGift(int32_t giftId, int32_t skinId) {
     }
     {
         std::lock_guard<std::mutex> lock(fillMutex_);
-        if (generation != generation_) {
+        if (!queue_->current(generation)) {
             return true;  // the user logged out meanwhile; the answer is for nobody
         }
         gifts_.insert(gift);
@@ -367,12 +406,7 @@ bool VxLiveRoomInfo::fetchGift(int32_t giftId, int32_t skinId) {
     return true;
 }
 
-bool VxLiveRoomInfo::fetchProp(int32_t propId) {
-    uint64_t generation = 0;
-    {
-        std::lock_guard<std::mutex> lock(fillMutex_);
-        generation = generation_;
-    }
+bool VxLiveRoomInfo::fetchProp(int32_t propId, uint64_t generation) {
     const tolvane::net::OperationRow& row = tolvane::liveroom::singlePropRow();
     QByteArray body;
     if (!send(row, {{QStringLiteral("pid"), QString::number(propId)}}, body)) {
@@ -386,7 +420,7 @@ bool VxLiveRoomInfo::fetchProp(int32_t propId) {
     }
     {
         std::lock_guard<std::mutex> lock(fillMutex_);
-        if (generation != generation_) {
+        if (!queue_->current(generation)) {
             return true;
         }
         props_.insert(prop);
@@ -395,18 +429,13 @@ bool VxLiveRoomInfo::fetchProp(int32_t propId) {
     return true;
 }
 
-bool VxLiveRoomInfo::fetchResource(int32_t table) {
+bool VxLiveRoomInfo::fetchResource(int32_t table, uint64_t generation) {
     const auto& files = tolvane::liveroom::resourceFiles();
     const auto file = std::find_if(files.begin(), files.end(), [&](const auto& candidate) {
         return static_cast<int32_t>(candidate.table) == table;
     });
     if (file == files.end()) {
         return true;
-    }
-    uint64_t generation = 0;
-    {
-        std::lock_guard<std::mutex> lock(fillMutex_);
-        generation = generation_;
     }
     QByteArray body;
     if (!send(*file->row, ParamList(), body)) {
@@ -420,7 +449,7 @@ bool VxLiveRoomInfo::fetchResource(int32_t table) {
     }
     {
         std::lock_guard<std::mutex> lock(fillMutex_);
-        if (generation != generation_) {
+        if (!queue_->current(generation)) {
             return true;
         }
         resourceTable(file->table)->replace(records);

@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <array>
 #include <atomic>
+#include <condition_variable>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -24,7 +25,8 @@ class VxNetRequest;
 // resource configuration files, and the room and user they belong to. The service fills the
 // gift and prop tables on its own thread (slot 49); everything else the store fetches on its
 // fetch thread, so neither the host's thread nor the barrage thread ever waits for it. Each
-// table has its own lock; observers hear of every change after it is made.
+// table has its own lock; observers hear of every change after it is made, with no lock held,
+// so an observer may block on another thread (the host's GUI thread) without holding us up.
 class VxLiveRoomInfo final : public IVxLiveRoomInfo {
 public:
     // The service's request client and parser; both outlive the store. The store sends its own
@@ -66,6 +68,10 @@ public:
     void loadResourceFiles();
     // Logout: every table, the room and the user are forgotten; the object stays.
     void clear();
+    // Ends the fetch thread at once: a transfer in flight is aborted, and a callback running on
+    // that thread is waited for while this thread serves its queued Qt calls. Nothing is
+    // fetched afterwards. The destructor does it too.
+    void shutdown();
 
     // Called on the barrage thread for every message: a gift or prop the tables lack is
     // queued for a single fetch, and the call returns at once.
@@ -78,17 +84,26 @@ public:
 private:
     using FetchKey = tolvane::liveroom::FetchKey;
 
-    // Fetch thread.
-    bool fetch(const FetchKey& key);
-    bool fetchGift(int32_t giftId, int32_t skinId);
-    bool fetchProp(int32_t propId);
-    bool fetchResource(int32_t table);
+    // One registered observer; shared with the notifications that are calling it.
+    struct ObserverSlot {
+        IVxDataSubject* observer = nullptr;
+        bool removed = false;
+        int calls = 0;  // callbacks running now, on any thread
+    };
+
+    // Fetch thread. `generation` is the queue's when the key was handed out.
+    bool fetch(const FetchKey& key, uint64_t generation);
+    bool fetchGift(int32_t giftId, int32_t skinId, uint64_t generation);
+    bool fetchProp(int32_t propId, uint64_t generation);
+    bool fetchResource(int32_t table, uint64_t generation);
     bool send(const tolvane::net::OperationRow& row, const ParamList& items, QByteArray& body);
 
     void requestGift(int32_t giftId, int32_t skinId);
     void requestProp(int32_t propId);
     void notifyTable(VxCatalogueTable table);
     void notifyRoom(int32_t roomId);
+    template <typename Call>
+    void notify(const Call& call);
     tolvane::liveroom::CatalogueTable<VxResourceRecord>* resourceTable(VxCatalogueTable table);
     const tolvane::liveroom::CatalogueTable<VxResourceRecord>* resourceTable(
         VxCatalogueTable table) const;
@@ -109,12 +124,13 @@ private:
                kVxCatalogueTableCount - static_cast<int32_t>(VxCatalogueTable::PropertyInfo)>
         resources_;
     // Held while clearing and while a fetch stores its result, so that a fetch which was
-    // running when the user logged out never refills the emptied tables.
+    // handed out before the user logged out never refills the emptied tables.
     std::mutex fillMutex_;
-    uint64_t generation_ = 0;  // guarded by fillMutex_
 
-    mutable std::recursive_mutex observersMutex_;  // a callback may remove its own observer
-    std::vector<IVxDataSubject*> observers_;
+    // Never held while an observer runs.
+    std::mutex observersMutex_;
+    std::condition_variable observerReturned_;
+    std::vector<std::shared_ptr<ObserverSlot>> observers_;
 
     // The fetch thread's own transport; the settings are copied in before each fetch.
     int environment_ = 0;

@@ -1,10 +1,13 @@
 #include "net/curl_session.h"
 
 #include <array>
+#include <chrono>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
+
+#include "net/operation_abort.h"
 
 namespace tolvane::net {
 namespace {
@@ -105,6 +108,7 @@ bool CaseInsensitiveLess::operator()(const std::string& left, const std::string&
 CurlSession::CurlSession() {
     ensureCurlGlobalInit();
     handle_ = curl_easy_init();
+    multi_ = curl_multi_init();
 }
 
 CurlSession::~CurlSession() {
@@ -113,6 +117,8 @@ CurlSession::~CurlSession() {
 
 CurlSession::CurlSession(CurlSession&& other) noexcept
     : handle_(std::exchange(other.handle_, nullptr)),
+      multi_(std::exchange(other.multi_, nullptr)),
+      aborted_(other.aborted_.load()),
       headerList_(std::exchange(other.headerList_, nullptr)),
       url_(std::move(other.url_)),
       query_(std::move(other.query_)),
@@ -126,6 +132,8 @@ CurlSession& CurlSession::operator=(CurlSession&& other) noexcept {
     if (this != &other) {
         release();
         handle_ = std::exchange(other.handle_, nullptr);
+        multi_ = std::exchange(other.multi_, nullptr);
+        aborted_ = other.aborted_.load();
         headerList_ = std::exchange(other.headerList_, nullptr);
         url_ = std::move(other.url_);
         query_ = std::move(other.query_);
@@ -147,6 +155,51 @@ void CurlSession::release() {
         curl_easy_cleanup(handle_);
         handle_ = nullptr;
     }
+    if (multi_ != nullptr) {
+        curl_multi_cleanup(multi_);
+        multi_ = nullptr;
+    }
+}
+
+void CurlSession::abort() {
+    aborted_.store(true);
+    if (multi_ != nullptr) {
+        curl_multi_wakeup(multi_);
+    }
+}
+
+CURLcode CurlSession::performAbortable() {
+    if (multi_ == nullptr || curl_multi_add_handle(multi_, handle_) != CURLM_OK) {
+        return CURLE_FAILED_INIT;
+    }
+    // abort() wakes the poll at once; the owner of the thread can only be seen by looking.
+    const OperationAbort operation;
+    const int pollMs = operation.watched() ? 20 : 1000;
+    CURLcode result = CURLE_FAILED_INIT;
+    for (;;) {
+        if (aborted_.load() || operation.requested()) {
+            result = CURLE_ABORTED_BY_CALLBACK;
+            break;
+        }
+        int active = 0;
+        if (curl_multi_perform(multi_, &active) != CURLM_OK) {
+            break;
+        }
+        bool finished = false;
+        int left = 0;
+        while (CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+            if (message->msg == CURLMSG_DONE && message->easy_handle == handle_) {
+                result = message->data.result;
+                finished = true;
+            }
+        }
+        if (finished || active == 0 ||
+            curl_multi_poll(multi_, nullptr, 0, pollMs, nullptr) != CURLM_OK) {
+            break;
+        }
+    }
+    curl_multi_remove_handle(multi_, handle_);
+    return result;
 }
 
 void CurlSession::setUrl(std::string url) {
@@ -250,7 +303,7 @@ CurlResponse CurlSession::perform(bool isPost) {
     if (isPost) {
         singleSend.emplace(handle_);
     }
-    const CURLcode result = curl_easy_perform(handle_);
+    const CURLcode result = performAbortable();
 
     curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &response.statusCode);
     curl_easy_getinfo(handle_, CURLINFO_NUM_CONNECTS, &response.newConnections);

@@ -2,6 +2,7 @@
 
 #include <curl/curl.h>
 
+#include <atomic>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -63,11 +64,19 @@ public:
     // connection is refused and the call fails (REQUEST_CANCELLED). A GET is resent.
     CurlResponse post();
 
+    // From any thread: the transfer in flight ends at once and every later one fails at its
+    // start, both as REQUEST_CANCELLED. For shutting down; there is no way back.
+    void abort();
+
 private:
     CurlResponse perform(bool isPost);
+    // curl_easy_perform, on a multi handle of our own, so that abort() can wake it up.
+    CURLcode performAbortable();
     void release();
 
     CURL* handle_ = nullptr;
+    CURLM* multi_ = nullptr;  // holds the connection cache between requests, as the easy one did
+    std::atomic<bool> aborted_{false};
     curl_slist* headerList_ = nullptr;
     std::string url_;
     std::string query_;

@@ -13,8 +13,9 @@
 #include <algorithm>
 #include <memory>
 
-#include "net/send_once_device.h"
 #include "log/log_writer.h"
+#include "net/operation_abort.h"
+#include "net/send_once_device.h"
 
 using tolvane::log::kMainLog;
 using tolvane::log::writeLine;
@@ -161,12 +162,28 @@ bool EasyNetManager::sendBlocking(QNetworkAccessManager::Operation operation,
     connect(&manager, &QNetworkAccessManager::sslErrors, this, &EasyNetManager::onsslErrors,
             Qt::DirectConnection);
 
+    // The owner of this thread may ask for the operation to be abandoned; nothing signals it, so
+    // the flag is looked at while waiting.
+    const tolvane::net::OperationAbort abandon;
+    QTimer abandonCheck;
+    if (abandon.watched()) {
+        connect(&abandonCheck, &QTimer::timeout, &loop, [&] {
+            if (abandon.requested()) {
+                loop.quit();
+            }
+        });
+        abandonCheck.start(20);
+    }
+
     const bool isPost = operation == QNetworkAccessManager::PostOperation;
     QNetworkReply* pending = dispatch(manager, withTrust(request));
     limitReplySize(pending);
     timer.start();
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    if (!abandon.requested()) {
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    }
     unregisterLoop(&loop);
+    abandonCheck.stop();
 
     const QString url = QStringLiteral("url:") + request.url().toDisplayString();
     if (!timer.isActive()) {
@@ -177,8 +194,8 @@ bool EasyNetManager::sendBlocking(QNetworkAccessManager::Operation operation,
     }
     timer.stop();
     if (!pending->isFinished()) {
-        // Only stop() ends the loop before the reply or the timer; the abort turns the
-        // request into an ordinary "operation canceled" network error below.
+        // Only stop() or the thread's owner end the loop before the reply or the timer; the
+        // abort turns the request into an ordinary "operation canceled" network error below.
         pending->abort();
     }
     if (pending->error() == QNetworkReply::NoError) {

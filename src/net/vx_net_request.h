@@ -18,7 +18,8 @@
 // Sends the platform's signed requests synchronously over libcurl and hands back either the
 // server's body or a made-up {error, msg, data} reply, so that every caller parses one
 // format. One connection per host is kept between requests, so a burst of operations pays
-// one TCP and TLS handshake. Not thread-safe: the service calls it from its own thread.
+// one TCP and TLS handshake. Not thread-safe apart from abortTransfers(): the service calls it
+// from its own thread.
 class VxNetRequest : public QObject {
     Q_OBJECT
 
@@ -60,6 +61,10 @@ public:
     void setCaFile(const std::string& path);
 
     int environment() const { return environment_; }
+
+    // From any thread: the request in flight fails at once as "no answer", and so does every
+    // later one. For a client whose owner is shutting down.
+    void abortTransfers() { session_.abort(); }
 
 private:
     bool send(bool isPost, const std::string& url, std::string query,

@@ -47,6 +47,10 @@ VxNetServiceImp::VxNetServiceImp(ServiceObserver* observer, BreadcrumbSink* brea
 
 VxNetServiceImp::~VxNetServiceImp() {
     tolvane::log::writeBanner(QStringLiteral("VxNetServiceImp::~VxNetServiceImp"));
+    // The catalogue's fetch thread goes first, while everything here is still whole: its
+    // transfer is aborted, and a host callback running on it may wait for a queued call to this
+    // thread, which the wait serves.
+    liveRoomInfo_->shutdown();
     if (timer_ != nullptr) {
         timer_->stop();
         delete timer_;

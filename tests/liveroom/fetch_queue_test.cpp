@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <future>
+#include <mutex>
 #include <thread>
 #include <vector>
 
@@ -27,7 +28,7 @@ TEST(FetchQueue, ManyThreadsAskingForOneKeyCauseOneFetch) {
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
     std::atomic<int> fetches{0};
-    FetchQueue queue([&](const FetchKey&) {
+    FetchQueue queue([&](const FetchKey&, uint64_t) {
         ++fetches;
         released.wait();  // still running while every request arrives
         return true;
@@ -56,7 +57,7 @@ TEST(FetchQueue, FailuresAreRetriedLaterAndThenRest) {
     std::atomic<int> fetches{0};
     std::vector<std::chrono::steady_clock::time_point> times;
     std::mutex timesMutex;
-    FetchQueue queue([&](const FetchKey&) {
+    FetchQueue queue([&](const FetchKey&, uint64_t) {
         ++fetches;
         std::lock_guard<std::mutex> lock(timesMutex);
         times.push_back(std::chrono::steady_clock::now());
@@ -81,7 +82,7 @@ TEST(FetchQueue, ClearDropsWaitingRetriesAndKeysQueuedBehindARunningFetch) {
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
     std::atomic<int> fetches{0};
-    FetchQueue queue([&](const FetchKey& key) {
+    FetchQueue queue([&](const FetchKey& key, uint64_t) {
         ++fetches;
         if (key.id == 1) {
             released.wait();
@@ -99,11 +100,39 @@ TEST(FetchQueue, ClearDropsWaitingRetriesAndKeysQueuedBehindARunningFetch) {
     EXPECT_EQ(fetches.load(), 1);  // neither a retry of 1 nor a fetch of 2
 }
 
+// A logout while a key is fetched, then a new login that names the same key at once: the old
+// answer is known to be stale when it comes in, and the key is fetched again for the new session.
+TEST(FetchQueue, AKeyNamedAgainAfterAClearIsFetchedAnewOnceTheStaleFetchEnds) {
+    std::promise<void> release;
+    std::shared_future<void> released = release.get_future().share();
+    std::vector<bool> wanted;  // whether each fetch's answer was still wanted when it came in
+    std::mutex wantedMutex;
+    FetchQueue* self = nullptr;
+    std::atomic<int> started{0};
+    FetchQueue queue([&](const FetchKey&, uint64_t generation) {
+        ++started;
+        released.wait();
+        std::lock_guard<std::mutex> lock(wantedMutex);
+        wanted.push_back(self->current(generation));
+        return true;
+    });
+    self = &queue;
+    ASSERT_TRUE(queue.request({FetchKey::Gift, 7, 0}));
+    ASSERT_TRUE(waitUntil([&] { return started.load() == 1; }));
+    queue.clear();
+    EXPECT_TRUE(queue.request({FetchKey::Gift, 7, 0}));
+    EXPECT_FALSE(queue.request({FetchKey::Gift, 7, 0})) << "queued twice";
+    release.set_value();
+    ASSERT_TRUE(waitUntil([&] { return !queue.busy(); }));
+    std::lock_guard<std::mutex> lock(wantedMutex);
+    EXPECT_EQ(wanted, (std::vector<bool>{false, true}));
+}
+
 TEST(FetchQueue, AStreamOfNewIdsQueuesNoMoreThanTheCapacity) {
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
     std::atomic<int> fetches{0};
-    FetchQueue queue([&](const FetchKey&) {
+    FetchQueue queue([&](const FetchKey&, uint64_t) {
         ++fetches;
         released.wait();
         return true;

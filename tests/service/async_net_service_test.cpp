@@ -19,6 +19,7 @@
 #include "support/event_log.h"
 #include "support/scoped_env.h"
 #include "support/wait.h"
+#include "support/watchdog.h"
 
 namespace {
 
@@ -27,6 +28,9 @@ using tolvane::sim::SimFault;
 using tolvane::sim::SimHttpServer;
 
 constexpr int kSlowMs = 600;
+constexpr int kHeldMs = 8000;  // longer than any test may take: only an abort ends it early
+// A route that answers, held back: an operation on it ends unanswered only when aborted.
+constexpr const char* kHeld = "/api/sim/echo/none";
 
 // Where the service was built and torn down, as the factory and its destroyed signal saw it.
 struct ServiceThreads {
@@ -61,18 +65,19 @@ protected:
     void SetUp() override {
         ASSERT_TRUE(server_.start());
         server_.setFault("/slow", SimFault::delay(kSlowMs));
+        server_.setFault(kHeld, SimFault::delay(kHeldMs));
         std::lock_guard<std::mutex> lock(serviceThreads.mutex);
         serviceThreads.created = serviceThreads.destroyed = nullptr;
     }
 
     // An operation that waits on the simulator's delay and notes that it started and ended.
-    std::function<bool(ILiveencoderNetService&)> slowOperation() {
-        const std::string url = server_.origin() + "/slow";
+    std::function<bool(ILiveencoderNetService&)> slowOperation(const char* path = "/slow") {
+        const std::string url = server_.origin() + path;
         return [this, url](ILiveencoderNetService& service) {
             record("slow started");
             QByteArray reply;
-            service.getRequest(reply, url, {}, {}, 5000);
-            record("slow ended");
+            const bool answered = service.getRequest(reply, url, {}, {}, kHeldMs + 2000);
+            record(answered ? "slow ended" : "slow ended unanswered");
             return true;
         };
     }
@@ -135,10 +140,10 @@ TEST_F(AsyncNetServiceTest, CallerLoopKeepsTurningWhileASlowOperationRuns) {
     EXPECT_EQ(ranOn.load(), serviceThreads.created);
 }
 
-TEST_F(AsyncNetServiceTest, CancelStopsOnlyWhatHasNotStarted) {
+TEST_F(AsyncNetServiceTest, CancelAbortsARunningOperationAndDropsAQueuedOne) {
     AsyncNetService net(&createRecorded, nullptr, nullptr);
     QObject context;
-    const auto slow = slowOperation();
+    const std::string echo = server_.origin() + "/sim/echo/none";
     auto noted = [this](const std::string& name) {
         return [this, name](ILiveencoderNetService& service) {
             record(name + " ran");
@@ -146,24 +151,35 @@ TEST_F(AsyncNetServiceTest, CancelStopsOnlyWhatHasNotStarted) {
         };
     };
     auto answered = [this](const std::string& name) {
-        return [this, name](int32_t) { record(name + " answered"); };
+        return [this, name](auto) { record(name + " answered"); };
     };
 
-    const quint64 running = net.post(slow, &context, [this](bool) { record("slow answered"); });
+    const quint64 running = net.post(slowOperation(kHeld), &context, answered("slow"));
     const quint64 dropped = net.post(noted("dropped"), &context, answered("dropped"));
-    const quint64 kept = net.post(noted("kept"), &context, answered("kept"));
+    // The abort is for the cancelled operation only: the next one's transfer goes through.
+    const quint64 kept = net.post(
+        [this, echo](ILiveencoderNetService& service) {
+            QByteArray reply;
+            record(service.getRequest(reply, echo, {}, {}, 5000) ? "kept ran" : "kept failed");
+            return true;
+        },
+        &context, answered("kept"));
     ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
 
-    EXPECT_FALSE(net.cancel(running)) << "a running operation cannot be cancelled";
+    QElapsedTimer elapsed;
+    elapsed.start();
+    EXPECT_TRUE(net.cancel(running));
     EXPECT_TRUE(net.cancel(dropped));
     EXPECT_FALSE(net.cancel(dropped)) << "a ticket is cancelled once";
     EXPECT_FALSE(net.cancel(0));
     ASSERT_TRUE(spinUntil([&] { return happened("kept answered"); }));
+    EXPECT_LT(elapsed.elapsed(), 1000) << "the running transfer was waited out";
     EXPECT_FALSE(net.cancel(kept)) << "a finished operation cannot be cancelled";
 
     // The service thread and the caller's thread each keep the order of posting.
-    EXPECT_EQ(events("ran"), (std::vector<std::string>{"slow started", "slow ended", "kept ran"}));
-    EXPECT_EQ(events("answered"), (std::vector<std::string>{"slow answered", "kept answered"}));
+    EXPECT_EQ(events("ran"),
+              (std::vector<std::string>{"slow started", "slow ended unanswered", "kept ran"}));
+    EXPECT_EQ(events("answered"), (std::vector<std::string>{"kept answered"}));
 }
 
 TEST_F(AsyncNetServiceTest, AnswerForADestroyedContextIsDropped) {
@@ -204,24 +220,28 @@ TEST_F(AsyncNetServiceTest, PostFromAnotherThreadAnswersOnTheContextsThread) {
     EXPECT_FALSE(happened("lost answered"));
 }
 
-TEST_F(AsyncNetServiceTest, DestructionWaitsForTheRunningOperationAndDropsTheRest) {
+TEST_F(AsyncNetServiceTest, DestructionAbortsTheRunningOperationAndDropsTheRest) {
     QObject context;
     QFuture<int32_t> pendingFuture;
+    auto net = std::make_unique<AsyncNetService>(&createRecorded, nullptr, nullptr);
+    net->post(slowOperation(kHeld), &context, [this](bool) { record("slow answered"); });
+    net->post(
+        [this](ILiveencoderNetService&) {
+            record("pending ran");
+            return 0;
+        },
+        &context, [this](int) { record("pending answered"); });
+    pendingFuture = net->post([](ILiveencoderNetService& service) { return service.getBizType(); });
+    ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
+    QElapsedTimer elapsed;
+    elapsed.start();
     {
-        AsyncNetService net(&createRecorded, nullptr, nullptr);
-        net.post(slowOperation(), &context, [this](bool) { record("slow answered"); });
-        net.post(
-            [this](ILiveencoderNetService&) {
-                record("pending ran");
-                return 0;
-            },
-            &context, [this](int) { record("pending answered"); });
-        pendingFuture =
-            net.post([](ILiveencoderNetService& service) { return service.getBizType(); });
-        ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
+        Watchdog watchdog("~AsyncNetService while an operation ran");
+        net.reset();
     }
-    // The service went on its own thread, after the operation that was running had ended.
-    EXPECT_EQ(events(), (std::vector<std::string>{"slow started", "slow ended"}));
+    EXPECT_LT(elapsed.elapsed(), 1000) << "the running transfer was waited out";
+    // The service went on its own thread, after the running operation had been aborted.
+    EXPECT_EQ(events(), (std::vector<std::string>{"slow started", "slow ended unanswered"}));
     EXPECT_TRUE(pendingFuture.isCanceled());
     std::lock_guard<std::mutex> lock(serviceThreads.mutex);
     ASSERT_NE(serviceThreads.destroyed, nullptr);

@@ -9,12 +9,12 @@
 #include <thread>
 #include <utility>
 
-// Ends the whole run, naming what hung, when a step is still running after its time: a
-// deadlock has to fail in seconds rather than at the CI's time-out, and a thread that will
-// never come back leaves nothing else to do.
+// Guards a step that may hang (a deadlock leaves no thread to report it): unless destroyed within
+// the limit, it prints what it was waiting for and ends the test program, in seconds rather than
+// at the test runner's time-out.
 class Watchdog {
 public:
-    Watchdog(std::string what, std::chrono::milliseconds limit)
+    explicit Watchdog(std::string what, std::chrono::milliseconds limit = std::chrono::seconds(10))
         : what_(std::move(what)), thread_([this, limit] { watch(limit); }) {}
     ~Watchdog() {
         {
@@ -31,16 +31,16 @@ private:
     void watch(std::chrono::milliseconds limit) {
         std::unique_lock<std::mutex> lock(mutex_);
         if (!changed_.wait_for(lock, limit, [this] { return done_; })) {
-            std::fprintf(stderr, "\nWATCHDOG: still waiting after %lld ms for %s\n",
+            std::fprintf(stderr, "watchdog: hung for %lld ms in %s\n",
                          static_cast<long long>(limit.count()), what_.c_str());
             std::fflush(stderr);
             std::abort();
         }
     }
 
-    const std::string what_;
+    std::string what_;
     std::mutex mutex_;
     std::condition_variable changed_;
     bool done_ = false;
-    std::thread thread_;  // last: starts once the members it reads exist
+    std::thread thread_;  // last: starts once the rest exists
 };

@@ -1,0 +1,211 @@
+// A host that treats the catalogue as a Qt GUI host would: each callback is handed to the GUI
+// thread and waits there until the GUI thread has run it, and the GUI thread is the service's.
+#include <gtest/gtest.h>
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QEvent>
+#include <QThread>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+
+#include "http/sim_records.h"
+#include "liveroom/vx_live_room_info.h"
+#include "support/sim_service_fixture.h"
+#include "support/wait.h"
+#include "support/watchdog.h"
+#include "tolvane/async_net_service.h"
+
+namespace {
+
+using tolvane::sim::SimFault;
+
+// What a blocking queued connection to the GUI thread does, with the hand-over through locks
+// that ThreadSanitizer sees (Qt's own semaphore is invisible to it).
+class GuiThread : public QObject {
+public:
+    // Returns once this object's thread has served the call.
+    void callAndWait() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        const int ticket = ++asked_;
+        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+        served_.wait(lock, [&] { return answered_ >= ticket; });
+    }
+
+protected:
+    void customEvent(QEvent*) override {
+        std::lock_guard<std::mutex> lock(mutex_);
+        ++answered_;
+        served_.notify_all();
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable served_;
+    int asked_ = 0;
+    int answered_ = 0;
+};
+
+class HandingOverSubject : public IVxDataSubject {
+public:
+    explicit HandingOverSubject(GuiThread* gui) : gui_(gui) {}
+    void onTableChanged(VxCatalogueTable) override { handOver(); }
+    void onRoomChanged(int32_t) override { handOver(); }
+
+    std::atomic<int> calls{0};
+    std::atomic<int> waiting{0};  // callbacks waiting for the GUI thread right now
+
+private:
+    void handOver() {
+        ++calls;
+        if (QThread::currentThread() != gui_->thread()) {
+            ++waiting;
+            gui_->callAndWait();
+            --waiting;
+        }
+    }
+
+    GuiThread* gui_;
+};
+
+// Waits with this thread's events left unserved, as a busy GUI thread would.
+bool waitBusy(const std::function<bool()>& condition) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
+
+class BlockingCatalogueObserver : public AnchorRoomSimServiceTest {
+public:
+    VxNetServiceImp& net() { return service(); }
+    void release() { service_.release()->release(); }
+
+protected:
+    void TearDown() override {
+        Watchdog watchdog("tearing the service down");
+        AnchorRoomSimServiceTest::TearDown();
+    }
+
+    IVxLiveRoomInfo& store() { return *service().getLiveRoomInfo(); }
+    VxLiveRoomInfo& catalogue() { return static_cast<VxLiveRoomInfo&>(store()); }
+
+    // Registers the observer once the room's first load is over, then has slot 49 queue the
+    // resource files, whose callbacks on the fetch thread wait for this thread, left unserved.
+    void startWaitingCallback() {
+        ASSERT_TRUE(waitUntil([&] { return !catalogue().fetching(); }));
+        store().addObserver(&subject_);
+        {
+            Watchdog watchdog("slot 49 (loadGiftTables) starting the resource fetches");
+            ASSERT_EQ(service().loadGiftTables(), 0);
+        }
+        ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }))
+            << "no catalogue callback came from the fetch thread";
+    }
+
+    GuiThread gui_;
+    HandingOverSubject subject_{&gui_};
+};
+
+struct ServiceStep {
+    const char* where;
+    std::function<void(BlockingCatalogueObserver&)> run;
+    bool releases;
+};
+
+class BlockingCatalogueObserverSteps : public BlockingCatalogueObserver,
+                                       public ::testing::WithParamInterface<ServiceStep> {};
+
+// While a callback on the fetch thread waits for the service thread, that thread changes the
+// catalogue, removes the observer or releases the service: each must return, and the waiting
+// callback must be served.
+TEST_P(BlockingCatalogueObserverSteps, ServiceThreadGoesOnWhileACallbackWaitsForIt) {
+    const ServiceStep& step = GetParam();
+    ASSERT_NO_FATAL_FAILURE(startWaitingCallback());
+    {
+        Watchdog watchdog(std::string(step.where) + " while a catalogue callback waited for it");
+        step.run(*this);
+    }
+    if (step.releases) {
+        EXPECT_EQ(subject_.waiting.load(), 0);
+        return;
+    }
+    ASSERT_TRUE(waitUntil([&] { return subject_.waiting.load() == 0; }));
+    store().removeObserver(&subject_);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Steps, BlockingCatalogueObserverSteps,
+    ::testing::Values(
+        ServiceStep{"slot 49 (loadGiftTables)",
+                    [](BlockingCatalogueObserver& test) { test.net().loadGiftTables(); }, false},
+        ServiceStep{"slot 36 (logout)",
+                    [](BlockingCatalogueObserver& test) { test.net().logout(); }, false},
+        ServiceStep{"slot 25 (release)", [](BlockingCatalogueObserver& test) { test.release(); },
+                    true}),
+    [](const auto& info) { return std::to_string(info.index); });
+
+TEST_F(BlockingCatalogueObserver, NoCallbackRunsOrStartsOnceRemoveObserverReturns) {
+    ASSERT_NO_FATAL_FAILURE(startWaitingCallback());
+    {
+        Watchdog watchdog("removeObserver() while a catalogue callback waited for its thread");
+        store().removeObserver(&subject_);
+    }
+    EXPECT_EQ(subject_.waiting.load(), 0);
+    const int calls = subject_.calls.load();
+    // The other resource files still load, and change tables, after the removal.
+    ASSERT_TRUE(waitUntil([&] { return !catalogue().fetching(); }));
+    EXPECT_EQ(subject_.calls.load(), calls);
+}
+
+ILiveencoderNetService* createService(ServiceObserver* observer, BreadcrumbSink* sink) {
+    return new VxNetServiceImp(observer, sink);
+}
+
+// The GUI thread destroys the facade while a callback on the service thread waits for it.
+TEST_F(BlockingCatalogueObserver, AsyncNetServiceDestructionServesACallbackWaitingForIt) {
+    auto net = std::make_unique<tolvane::AsyncNetService>(&createService, nullptr, nullptr);
+    net->post([this](ILiveencoderNetService& service) {
+        std::string error, token;
+        service.login("anchor", "secret123", error, token);
+        service.getLiveRoomInfo()->addObserver(&subject_);
+        service.refreshRoomInfo();
+    });
+    ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }));
+    Watchdog watchdog("~AsyncNetService while a catalogue callback waited for its thread");
+    net.reset();
+}
+
+// Everything the service has in flight on other threads is aborted, not waited out.
+TEST_F(BlockingCatalogueObserver, StopAndReleaseDoNotWaitForHeldTransfers) {
+    const char* const held[] = {"/resource/common/property_info.json", "/api/v1/timestamp"};
+    for (const char* path : held) {
+        sim().http().setFault(path, SimFault::delay(8000));
+    }
+    const std::size_t seen = requestsTo(held[0]).size() + requestsTo(held[1]).size();
+    ASSERT_EQ(service().loadGiftTables(), 0);
+    service().startServerTimeSync();
+    ASSERT_TRUE(waitUntil([&] {
+        return requestsTo(held[0]).size() + requestsTo(held[1]).size() >= seen + 2;
+    })) << "the simulator never held both transfers";
+
+    QElapsedTimer elapsed;
+    elapsed.start();
+    {
+        Watchdog watchdog("stop() and release() with transfers held by the simulator");
+        service().stop();
+        release();
+    }
+    EXPECT_LT(elapsed.elapsed(), 1000);
+}
+
+}  // namespace
