@@ -2,6 +2,7 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 #include <QTextStream>
@@ -25,7 +26,15 @@ constexpr BaseNameRule kBaseNameRule = BaseNameRule::Posix;
 #endif
 
 QString tempLocation() {
-    return QStandardPaths::writableLocation(QStandardPaths::TempLocation);
+    const QString location = QStandardPaths::writableLocation(QStandardPaths::TempLocation);
+#ifndef _WIN32
+    // Qt resolves the path and so answers nothing for a TMPDIR that does not exist yet; the
+    // logs still belong there, and the folder is made with the ones below it.
+    if (location.isEmpty()) {
+        return QDir::cleanPath(QFile::decodeName(qgetenv("TMPDIR")));
+    }
+#endif
+    return location;
 }
 
 }  // namespace
