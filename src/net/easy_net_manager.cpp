@@ -13,8 +13,8 @@
 #include <algorithm>
 #include <memory>
 
-#include "net/send_once_device.h"
 #include "log/log_writer.h"
+#include "tolvane_config/send_once_device.h"
 
 using tolvane::log::kMainLog;
 using tolvane::log::writeLine;

@@ -4,7 +4,7 @@
 #include <QFileInfo>
 #include <QHttpMultiPart>
 
-#include "net/send_once_device.h"
+#include "tolvane_config/send_once_device.h"
 
 namespace tolvane::net {
 
