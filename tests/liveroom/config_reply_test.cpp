@@ -12,98 +12,74 @@ namespace {
 
 using namespace tolvane::liveroom;
 
-// The configuration files the module reads, each through its own parser: gift template, prop
-// list, a resource file and the emotion white list. Each returns its result and a summary of
-// what it read ("ids 7" for one entry with id 7).
-struct ConfigParser {
-    const char* name;
-    std::function<int(DataParser&, const QByteArray&, std::string&)> parse;
-};
-
 template <typename Record>
-std::string idsOf(const std::vector<Record>& records) {
-    std::string ids = "ids";
-    for (const Record& record : records) {
-        ids += ' ' + std::to_string(record.id);
-    }
-    return ids;
+int countOf(int result, const std::vector<Record>& records) {
+    return result == 0 ? static_cast<int>(records.size()) : -1;
 }
 
-const std::vector<ConfigParser>& configParsers() {
-    static const std::vector<ConfigParser> parsers = {
+// Each configuration file through its parser: the result, or -1 when it failed, is the number
+// of entries read. The emotion white list is kept in the parser and counted there.
+const std::vector<std::pair<const char*, std::function<int(DataParser&, const QByteArray&)>>>
+    kParsers = {
         {"gift template",
-         [](DataParser& parser, const QByteArray& body, std::string& read) {
+         [](DataParser& parser, const QByteArray& body) {
              std::vector<VxGiftRecord> gifts;
              std::vector<VxGiftSkinRecord> skins;
-             const int result = parseGiftList(parser, body, gifts, skins);
-             read = idsOf(gifts);
-             return result;
+             return countOf(parseGiftList(parser, body, gifts, skins), gifts);
          }},
         {"prop list",
-         [](DataParser& parser, const QByteArray& body, std::string& read) {
+         [](DataParser& parser, const QByteArray& body) {
              std::vector<VxPropRecord> props;
-             const int result = parsePropList(parser, body, props);
-             read = idsOf(props);
-             return result;
+             return countOf(parsePropList(parser, body, props), props);
          }},
         {"resource file",
-         [](DataParser& parser, const QByteArray& body, std::string& read) {
+         [](DataParser& parser, const QByteArray& body) {
              std::vector<VxResourceRecord> records;
-             const int result = parseResourceFile(parser, body, "id", records);
-             read = idsOf(records);
-             return result;
+             return countOf(parseResourceFile(parser, body, "id", records), records);
          }},
         {"emotion white list",
-         [](DataParser& parser, const QByteArray& body, std::string& read) {
+         [](DataParser& parser, const QByteArray& body) {
              const int result = parser.parseEmotionSeiyClassifyList(body);
-             read = idsOf(parser.emotionWhiteList());
-             return result;
+             return result != 0 ? -1 : static_cast<int>(parser.emotionWhiteList().size());
          }},
-    };
-    return parsers;
-}
+};
 
-// The body for a parser: the catalogue's files list entries, the emotion file lists ids.
-QByteArray fileFor(const ConfigParser& parser, const char* data) {
-    const bool emotion = std::string(parser.name) == "emotion white list";
-    return QByteArray(data).replace("LIST",
-                                    emotion ? R"("white_cate2_list":[7])" : R"("list":[{"id":7}])");
-}
-
+// The files carry no envelope: an "error" member is not read, an empty body gives 1, and a body
+// without a "data" object is logged as it came. A broken file leaves the white list as it was.
 TEST(ConfigReplies, ReadWithoutTheEnvelopeAndLogTheRawBodyWhenBroken) {
     IsolatedWorkspace workspace;
-    struct Case {
+    const struct {
         const char* what;
-        const char* body;  // LIST stands for the file's list
-        int result;
-        bool logged;  // "parse data failed!" and the raw body
+        const char* body;  // LIST stands for the file's list of one entry
+        int read;          // entries, or -1 for a failure
+        bool logged;       // "parse data failed!" and the raw body
+    } cases[] = {
+        {"as static files are served", R"(VXConfigCallback({"data":{LIST}}))", 1, false},
+        {"with an envelope", R"(VXConfigCallback({"error":0,"data":{LIST}}))", 1, false},
+        {"an error member is not read", R"(cb({"error":1404,"data":{LIST}}))", 1, false},
+        {"empty between the parentheses", "VXConfigCallback()", -1, false},
+        {"not JSON", "VXConfigCallback(<html>)", -1, true},
+        {"not an object", R"(VXConfigCallback([{LIST}]))", -1, true},
+        {"no data", R"(VXConfigCallback({"error":0,"list":[]}))", -1, true},
+        {"data not an object", R"(VXConfigCallback({"data":[{LIST}]}))", -1, true},
     };
-    const Case cases[] = {
-        {"as static files are served", R"(VXConfigCallback({"data":{LIST}}))", 0, false},
-        {"with an envelope", R"(VXConfigCallback({"error":0,"data":{LIST}}))", 0, false},
-        {"an error member is not read", R"(cb({"error":1404,"data":{LIST}}))", 0, false},
-        {"empty between the parentheses", "VXConfigCallback()", 1, false},
-        {"not JSON", "VXConfigCallback(<html>)", 1, true},
-        {"not an object", R"(VXConfigCallback([{LIST}]))", 1, true},
-        {"no data", R"(VXConfigCallback({"error":0,"list":[]}))", 1, true},
-        {"data not an object", R"(VXConfigCallback({"data":[{LIST}]}))", 1, true},
-    };
-    for (const ConfigParser& parser : configParsers()) {
-        DataParser dataParser;
-        for (const Case& c : cases) {
-            SCOPED_TRACE(std::string(parser.name) + ": " + c.what);
-            // Seeded with a good file, so a broken one must leave the emotion list as it was.
-            std::string read;
-            ASSERT_EQ(parser.parse(dataParser, fileFor(parser, R"(f({"data":{LIST}}))"), read), 0);
-            const QByteArray body = fileFor(parser, c.body);
+    for (const auto& [name, parse] : kParsers) {
+        const bool emotion = std::string(name) == "emotion white list";
+        const auto file = [emotion](const char* text) {
+            return QByteArray(text).replace(
+                "LIST", emotion ? R"("white_cate2_list":[7])" : R"("list":[{"id":7}])");
+        };
+        DataParser parser;
+        for (const auto& c : cases) {
+            SCOPED_TRACE(std::string(name) + ": " + c.what);
+            ASSERT_EQ(parse(parser, file(R"(f({"data":{LIST}}))")), 1);
             const int before = readLogMessages(tolvane::log::kMainLog).size();
-            EXPECT_EQ(parser.parse(dataParser, body, read), c.result);
+            EXPECT_EQ(parse(parser, file(c.body)), c.read);
             const QStringList lines = readLogMessages(tolvane::log::kMainLog).mid(before);
-            EXPECT_EQ(lines.contains("parse data failed!"), c.logged)
-                << lines.join('\n').toStdString();
-            EXPECT_EQ(lines.contains("srcData: " + QString::fromUtf8(body)), c.logged);
-            if (c.result == 0 || std::string(parser.name) == "emotion white list") {
-                EXPECT_EQ(read, "ids 7");
+            EXPECT_EQ(lines.contains("parse data failed!"), c.logged);
+            EXPECT_EQ(lines.contains("srcData: " + QString::fromUtf8(file(c.body))), c.logged);
+            if (emotion) {
+                EXPECT_EQ(parser.emotionWhiteList().size(), 1u);
             }
         }
     }
