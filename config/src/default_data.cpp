@@ -1,11 +1,11 @@
 #include "tolvane_config/default_data.h"
 
-#include <QCoreApplication>
 #include <QFile>
-#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonParseError>
 #include <QUrl>
+
+#include "tolvane_config/host_executable.h"
 
 namespace tolvane::config {
 
@@ -36,15 +36,12 @@ QString defaultDataPath() {
     if (!overridePath.isEmpty()) {
         return QFile::decodeName(overridePath);
     }
-#ifdef _WIN32
-    const QString executable = QCoreApplication::applicationFilePath();
-#else
-    const QString executable = QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
-#endif
-    if (executable.isEmpty()) {
+    // Cut after the executable's last separator, so the file name follows it directly.
+    const QString folder = hostExecutableFolder();
+    if (folder.isEmpty()) {
         return QString();
     }
-    return QFileInfo(executable).path() + QStringLiteral("/default.data");
+    return folder + QStringLiteral("default.data");
 }
 
 DefaultData parseDefaultData(const QByteArray& content) {
@@ -52,6 +49,7 @@ DefaultData parseDefaultData(const QByteArray& content) {
     QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(content, &error);
     if (error.error != QJsonParseError::NoError || document.isNull() || !document.isObject()) {
+        data.status = DefaultDataStatus::NotAnObject;
         return data;
     }
     data.root = document.object();
@@ -68,15 +66,25 @@ DefaultData parseDefaultData(const QByteArray& content) {
 }
 
 DefaultData readDefaultData() {
-    const QString path = defaultDataPath();
-    if (path.isEmpty()) {
-        return DefaultData();
+    DefaultData data;
+    data.path = defaultDataPath();
+    if (data.path.isEmpty()) {
+        data.status = DefaultDataStatus::NoPath;
+        return data;
     }
-    QFile file(path);
+    QFile file(data.path);
+    if (!file.exists()) {
+        data.status = DefaultDataStatus::Missing;
+        return data;
+    }
     if (!file.open(QIODevice::ReadOnly)) {
-        return DefaultData();
+        data.status = DefaultDataStatus::Unreadable;
+        data.error = file.errorString();
+        return data;
     }
-    return parseDefaultData(file.readAll());
+    DefaultData parsed = parseDefaultData(file.readAll());
+    parsed.path = data.path;
+    return parsed;
 }
 
 QString applyBaseOverride(const EndpointOverrides& overrides, int kind, const QString& cell) {

@@ -3,9 +3,9 @@
 #include <cstdlib>
 
 #include "liveroom/vx_live_room_info.h"
+#include "log/log_writer.h"
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
-#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
@@ -148,7 +148,6 @@ void VxNetServiceImp::getRemoteLoginInfo(bool& isForeignTel, std::string& hidePh
 
 // slot 36
 void VxNetServiceImp::logout() {
-    logBanner("logout");
     logoutBarrage();
     tokenInfo_ = ShortTokenInfo();
     longToken_.clear();

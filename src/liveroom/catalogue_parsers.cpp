@@ -4,8 +4,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include "parse/data_parser.h"
 #include "log/log_writer.h"
+#include "parse/data_parser.h"
 
 namespace tolvane::liveroom {
 
@@ -85,10 +85,10 @@ bool readProp(const QJsonObject& object, VxPropRecord& prop) {
 
 }  // namespace
 
-int parseGiftList(DataParser& parser, const QByteArray& bytes, std::vector<VxGiftRecord>& gifts,
+int parseGiftList(DataParser&, const QByteArray& bytes, std::vector<VxGiftRecord>& gifts,
                   std::vector<VxGiftSkinRecord>& skins) {
     QJsonObject data;
-    const int result = parser.parseDataObject("parseGiftList", bytes, data, nullptr);
+    const int result = DataParser::parseConfigReply("parseGiftList", bytes, data);
     if (result != 0) {
         return result;
     }
@@ -114,9 +114,9 @@ int parseSingleGift(DataParser& parser, const QByteArray& bytes, VxGiftRecord& g
     return readGift(data, gift, skins) ? 0 : 1;
 }
 
-int parsePropList(DataParser& parser, const QByteArray& bytes, std::vector<VxPropRecord>& props) {
+int parsePropList(DataParser&, const QByteArray& bytes, std::vector<VxPropRecord>& props) {
     QJsonObject data;
-    const int result = parser.parseDataObject("parsePropList", bytes, data, nullptr);
+    const int result = DataParser::parseConfigReply("parsePropList", bytes, data);
     if (result != 0) {
         return result;
     }
@@ -139,11 +139,10 @@ int parseSingleProp(DataParser& parser, const QByteArray& bytes, VxPropRecord& p
     return readProp(data, prop) ? 0 : 1;
 }
 
-int parseResourceFile(DataParser& parser, const QByteArray& bytes, const char* idKey,
+int parseResourceFile(DataParser&, const QByteArray& bytes, const char* idKey,
                       std::vector<VxResourceRecord>& records) {
     QJsonObject data;
-    const int result = parser.parseDataObject(
-        "parseResourceFile", DataParser::unwrapConfigCallback(bytes), data, nullptr);
+    const int result = DataParser::parseConfigReply("parseResourceFile", bytes, data);
     if (result != 0) {
         return result;
     }

@@ -15,6 +15,11 @@ namespace tolvane::log {
 #ifndef _WIN32
 
 bool ensurePrivateDirectory(const QString& trustedRoot, const QStringList& components) {
+    // A temporary location that does not exist yet is made too; it is the user's own choice
+    // (TMPDIR), so it gets the usual permissions and none of the checks below.
+    if (!QDir().mkpath(trustedRoot)) {
+        return false;
+    }
     QString path = trustedRoot;
     for (const QString& component : components) {
         if (component.isEmpty()) {

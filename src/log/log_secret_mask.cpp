@@ -2,6 +2,7 @@
 
 #include <QLatin1String>
 #include <optional>
+#include <vector>
 
 namespace tolvane::log {
 
@@ -140,6 +141,57 @@ std::optional<Span> userPassword(const QString& line, int authorityBegin, int* a
     return Span{colon + 1, at};
 }
 
+// "code" names a one-time code (SMS, QR, authorisation) where a request sends it or a login
+// reply hands it out, and a diagnostic where a server's error reply or a barrage error carries
+// it; only the first is a secret.
+bool isCodeKey(QStringView key) {
+    return key.compare(QLatin1String("code"), Qt::CaseInsensitive) == 0;
+}
+
+// Whether the "{" at `brace` opens the value of a "data" or "ext" member, where replies put
+// the codes they hand out; plain or escaped inside another JSON string.
+bool opensPayload(const QString& line, int brace) {
+    int at = brace - 1;
+    while (at >= 0 && line[at] == QLatin1Char(' ')) {
+        --at;
+    }
+    if (at < 0 || line[at] != QLatin1Char(':')) {
+        return false;
+    }
+    --at;
+    while (at >= 0 && line[at] == QLatin1Char(' ')) {
+        --at;
+    }
+    if (at < 0 || line[at] != QLatin1Char('"')) {
+        return false;
+    }
+    const bool escaped = at > 0 && line[at - 1] == QLatin1Char('\\');
+    const int keyEnd = escaped ? at - 1 : at;
+    int keyBegin = keyEnd;
+    while (keyBegin > 0 && isKeyChar(line[keyBegin - 1])) {
+        --keyBegin;
+    }
+    const QStringView key = QStringView(line).mid(keyBegin, keyEnd - keyBegin);
+    return key.compare(QLatin1String("data"), Qt::CaseInsensitive) == 0 ||
+           key.compare(QLatin1String("ext"), Qt::CaseInsensitive) == 0;
+}
+
+// Whether the item at `keyBegin` belongs to a barrage error message ("type=error;code=...;"),
+// whose code says why the server refused; the message's items run without a blank.
+bool inBarrageError(const QString& line, int keyBegin) {
+    const QLatin1String errorType("type=error;");
+    const int type = line.lastIndexOf(errorType, keyBegin, Qt::CaseInsensitive);
+    if (type < 0) {
+        return false;
+    }
+    for (int at = type + errorType.size(); at < keyBegin; ++at) {
+        if (line[at].isSpace()) {
+            return false;
+        }
+    }
+    return true;
+}
+
 }  // namespace
 
 QString maskedValue(QStringView value) {
@@ -167,9 +219,23 @@ QString maskSecrets(const QString& line) {
         copied = span.end;
     };
 
+    // For each JSON object open at this point of the line: whether it is a reply's payload.
+    std::vector<bool> payloads;
     int i = 0;
     while (i < line.size()) {
         const QChar c = line[i];
+        if (c == QLatin1Char('{')) {
+            payloads.push_back(opensPayload(line, i));
+            ++i;
+            continue;
+        }
+        if (c == QLatin1Char('}')) {
+            if (!payloads.empty()) {
+                payloads.pop_back();
+            }
+            ++i;
+            continue;
+        }
         if ((c == QLatin1Char('r') || c == QLatin1Char('R')) &&
             (startsWithAt(line, i, QLatin1String("rtmp://")) ||
              startsWithAt(line, i, QLatin1String("rtmps://")))) {
@@ -197,10 +263,15 @@ QString maskSecrets(const QString& line) {
             ++keyEnd;
         }
         std::optional<Span> value;
-        if (isSecretKey(QStringView(line).mid(i, keyEnd - i))) {
-            value = keyEnd < line.size() && line[keyEnd] == QLatin1Char('=')
-                        ? formValue(line, keyEnd)
-                        : jsonValue(line, i, keyEnd);
+        const QStringView key = QStringView(line).mid(i, keyEnd - i);
+        if (isSecretKey(key)) {
+            const bool formItem = keyEnd < line.size() && line[keyEnd] == QLatin1Char('=');
+            const bool diagnostic =
+                isCodeKey(key) &&
+                (formItem ? inBarrageError(line, i) : payloads.empty() || !payloads.back());
+            if (!diagnostic) {
+                value = formItem ? formValue(line, keyEnd) : jsonValue(line, i, keyEnd);
+            }
         }
         if (value) {
             mask(*value);

@@ -2,58 +2,39 @@
 
 #include <QDate>
 #include <QDateTime>
+#include <QDir>
 #include <QFile>
 #include <QStandardPaths>
 #include <QTextStream>
 
-#ifdef _WIN32
-#ifndef NOMINMAX
-#define NOMINMAX
-#endif
-#include <windows.h>
-#endif
-
-#include <vector>
-
 #include "log/log_file.h"
 #include "log/log_secret_mask.h"
+#include "tolvane_config/host_executable.h"
 
 namespace tolvane::log {
 
 namespace {
 
 #ifdef _WIN32
-// The path with "\\" separators, which the base-name rule cuts at; Qt's own
+// The system's path keeps its "\\" separators, which the base-name rule cuts at; Qt's own
 // applicationFilePath() writes "/".
-QString hostExecutablePath() {
-    std::vector<wchar_t> buffer(MAX_PATH);
-    while (buffer.size() <= 32768) {
-        const DWORD length =
-            GetModuleFileNameW(nullptr, buffer.data(), static_cast<DWORD>(buffer.size()));
-        if (length == 0) {
-            return QString();
-        }
-        if (length < buffer.size()) {
-            return QString::fromWCharArray(buffer.data(), static_cast<int>(length));
-        }
-        buffer.resize(buffer.size() * 2);  // truncated: try a longer buffer
-    }
-    return QString();
-}
-
 constexpr QChar kPathSeparator = QLatin1Char('\\');
 constexpr BaseNameRule kBaseNameRule = BaseNameRule::Windows;
 #else
-QString hostExecutablePath() {
-    return QFile::symLinkTarget(QStringLiteral("/proc/self/exe"));
-}
-
 constexpr QChar kPathSeparator = QLatin1Char('/');
 constexpr BaseNameRule kBaseNameRule = BaseNameRule::Posix;
 #endif
 
 QString tempLocation() {
-    return QStandardPaths::writableLocation(QStandardPaths::TempLocation);
+    const QString location = QStandardPaths::writableLocation(QStandardPaths::TempLocation);
+#ifndef _WIN32
+    // Qt resolves the path and so answers nothing for a TMPDIR that does not exist yet; the
+    // logs still belong there, and the folder is made with the ones below it.
+    if (location.isEmpty()) {
+        return QDir::cleanPath(QFile::decodeName(qgetenv("TMPDIR")));
+    }
+#endif
+    return location;
 }
 
 }  // namespace
@@ -83,7 +64,7 @@ QString logDirectoryFor(const QString& tempDir, const QString& baseName) {
 QString logFilePath(const QString& logName) {
     const QString temp = tempLocation();
     const QString baseName =
-        executableBaseName(hostExecutablePath(), kPathSeparator, kBaseNameRule);
+        executableBaseName(tolvane::config::hostExecutablePath(), kPathSeparator, kBaseNameRule);
     const QString dir = logDirectoryFor(temp, baseName);
     if (!ensurePrivateDirectory(temp, {baseName, QStringLiteral("loginLog")})) {
         return QString();  // an unsafe folder: every writer then drops its lines

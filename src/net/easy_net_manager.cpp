@@ -15,7 +15,7 @@
 
 #include "log/log_writer.h"
 #include "net/operation_abort.h"
-#include "net/send_once_device.h"
+#include "tolvane_config/send_once_device.h"
 
 using tolvane::log::kMainLog;
 using tolvane::log::writeLine;

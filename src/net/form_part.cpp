@@ -4,7 +4,7 @@
 #include <QFileInfo>
 #include <QHttpMultiPart>
 
-#include "net/send_once_device.h"
+#include "tolvane_config/send_once_device.h"
 
 namespace tolvane::net {
 
@@ -21,14 +21,30 @@ QByteArray contentTypeOfFile(const QString& path) {
     return QByteArrayLiteral("application/octet-stream");
 }
 
+// A quoted text of a header never holds its closing quote or a line break.
+QString quotable(QString text) {
+    return text.replace(QLatin1Char('"'), QLatin1String("%22"))
+        .replace(QLatin1Char('\r'), QLatin1String("%0D"))
+        .replace(QLatin1Char('\n'), QLatin1String("%0A"));
+}
+
 }  // namespace
+
+QByteArray contentDisposition(const FormPart& part) {
+    const QString name = quotable(part.name);
+    if (part.kind == FormPart::Kind::Text) {
+        return QStringLiteral("form-data; name=\"%1\"").arg(name).toUtf8();
+    }
+    return QStringLiteral("form-data; name=\"%1\"; filename=\"%2\"")
+        .arg(name, quotable(QFileInfo(part.value).fileName()))
+        .toUtf8();
+}
 
 std::unique_ptr<QHttpMultiPart> makeFormData(const std::vector<FormPart>& parts,
                                              QString& unopenedFile) {
     auto form = std::make_unique<QHttpMultiPart>(QHttpMultiPart::FormDataType);
     for (const FormPart& item : parts) {
         QHttpPart part;
-        QString disposition = QStringLiteral("form-data; name=\"%1\"").arg(item.name);
         if (item.kind == FormPart::Kind::File) {
             auto* file = new QFile(item.value);
             if (!file->open(QIODevice::ReadOnly)) {
@@ -36,15 +52,13 @@ std::unique_ptr<QHttpMultiPart> makeFormData(const std::vector<FormPart>& parts,
                 unopenedFile = item.value;
                 return nullptr;
             }
-            disposition +=
-                QStringLiteral("; filename=\"%1\"").arg(QFileInfo(item.value).fileName());
             part.setHeader(QNetworkRequest::ContentTypeHeader, contentTypeOfFile(item.value));
             part.setBodyDevice(new SendOnceDevice(file, form.get()));
         } else {
             // Not setBody(): a part Qt can rewind would let it send a form of text alone twice.
             part.setBodyDevice(SendOnceDevice::fromBytes(item.value.toUtf8(), form.get()));
         }
-        part.setHeader(QNetworkRequest::ContentDispositionHeader, disposition.toUtf8());
+        part.setHeader(QNetworkRequest::ContentDispositionHeader, contentDisposition(item));
         form->append(part);
     }
     return form;

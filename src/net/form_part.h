@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QString>
 #include <memory>
 #include <utility>
@@ -24,6 +25,12 @@ struct FormPart {
         return {Kind::File, std::move(name), std::move(path)};
     }
 };
+
+// The part's Content-Disposition: form-data; name="%1" for a text, and
+// form-data; name="%1"; filename="%2" with the file's name for a file. A double quote, CR or LF
+// in either text is written %22, %0D or %0A, as browsers write them, so that no name can close
+// the quoted text or start a header of its own.
+QByteArray contentDisposition(const FormPart& part);
 
 // The parts as a multipart/form-data body, in order. Every file is opened here and read only
 // while the body goes out, never whole into memory. Null when a file cannot be opened; its

@@ -4,8 +4,8 @@
 #include <QJsonParseError>
 #include <QJsonValue>
 
-#include "parse/reply_texts.h"
 #include "log/log_writer.h"
+#include "parse/reply_texts.h"
 
 namespace {
 
@@ -237,6 +237,25 @@ QByteArray DataParser::unwrapConfigCallback(const QByteArray& bytes) {
         return QByteArray();
     }
     return bytes.mid(open + 1, close - open - 1);
+}
+
+int DataParser::parseConfigReply(const char* parserName, const QByteArray& bytes,
+                                 QJsonObject& data) {
+    writeParseBanner(parserName);
+    const QByteArray unwrapped = unwrapConfigCallback(bytes);
+    if (unwrapped.isEmpty()) {
+        return 1;
+    }
+    const QJsonObject root = QJsonDocument::fromJson(unwrapped).object();
+    const QJsonValue payload = root.value(QStringLiteral("data"));
+    if (!payload.isObject()) {
+        logLine(QStringLiteral("parse data failed!"));
+        // The whole reply as it came, so the log shows what the wrapper looked like too.
+        logLine(QStringLiteral("srcData: %1").arg(QString::fromUtf8(bytes)));
+        return 1;
+    }
+    data = payload.toObject();
+    return 0;
 }
 
 int DataParser::parseCodeResult(const QByteArray& bytes) {

@@ -60,6 +60,12 @@ public:
     // The bytes between the first "(" and the last ")"; empty (and logged) without them.
     static QByteArray unwrapConfigCallback(const QByteArray& bytes);
 
+    // The start of a parser of a callback-wrapped configuration file, which carries no envelope:
+    // banner, unwrapping and the "data" object. Returns 0 with `data` filled; 1 for an empty
+    // body, and 1 after logging "parse data failed!" and the raw body for one that is not a JSON
+    // object with a "data" object.
+    static int parseConfigReply(const char* parserName, const QByteArray& bytes, QJsonObject& data);
+
     // Replies whose only content is the code: 0 on success, else the mapped code.
     int parseCodeResult(const QByteArray& bytes);
     int parseCodeResult(const QByteArray& bytes, const QString& codeKey, const QString& messageKey);

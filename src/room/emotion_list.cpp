@@ -1,9 +1,7 @@
 // The categories whose rooms may show emotion effects, fetched at each barrage start-up.
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonObject>
 #include "parse/data_parser.h"
-#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
@@ -19,17 +17,11 @@ const tolvane::net::OperationRow& kEmotionList = tolvane::net::registerOperation
 }  // namespace
 
 int DataParser::parseEmotionSeiyClassifyList(const QByteArray& bytes) {
-    writeParseBanner("parseEmotionSeiyClassifyList");
-    const QByteArray unwrapped = unwrapConfigCallback(bytes);
-    const QJsonDocument document = QJsonDocument::fromJson(unwrapped);
-    if (!document.isObject()) {
-        tolvane::log::writeLine(tolvane::log::kMainLog, QStringLiteral("parse data failed!"));
-        tolvane::log::writeLine(tolvane::log::kMainLog,
-                                QStringLiteral("srcData: %1").arg(QString::fromUtf8(unwrapped)));
-        return 1;
-    }
     QJsonObject data;
-    readObject(document.object(), QStringLiteral("data"), data);
+    if (const int result = parseConfigReply("parseEmotionSeiyClassifyList", bytes, data);
+        result != 0) {
+        return result;  // the list stays as the last good file left it
+    }
     QJsonArray ids;
     readArray(data, QStringLiteral("white_cate2_list"), ids);
     std::vector<CategoryNode>& list = state_.emotionWhiteList;

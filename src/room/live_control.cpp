@@ -1,6 +1,5 @@
 // Starting and closing the broadcast on a push line the platform handed out.
 #include "parse/data_parser.h"
-#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
@@ -43,9 +42,7 @@ int32_t VxNetServiceImp::open_live_room(const std::string& pushUrl) {
     int32_t lineId = 0;
     if (!parser_.findPushLine(pushUrl, lineId)) {
         logBanner(kOpenLiveRoom.name);
-        tolvane::log::writeLine(tolvane::log::kMainLog,
-                                QStringLiteral("open_live_room: not a push line of this room"));
-        return 1;
+        return 1;  // not a line of the last reply: nothing is sent
     }
     const LiveParameters& live = liveParameters_;
     ParamList items{

@@ -2,9 +2,9 @@
 #include <QJsonArray>
 #include <QJsonObject>
 
+#include "log/log_writer.h"
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
-#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
@@ -38,22 +38,20 @@ bool pushLineFromSortedEntry(const QJsonValue& entry, PushAddress& line) {
 }
 
 // Replaces `table` with the entries' lines and hands them out as a new array of the list's size,
-// filled from the front; an empty list only empties the table.
+// filled from the front. An empty list still gets its array of size 0, so that a host that
+// reuses its variables never keeps (and frees again) the array of an earlier call.
 void handOutPushLines(const QJsonArray& entries, bool (*readLine)(const QJsonValue&, PushAddress&),
                       std::mutex& mutex, std::map<std::string, int32_t>& table, PushAddress*& lines,
                       int32_t& count) {
-    PushAddress* filled = nullptr;
+    auto* filled = new PushAddress[entries.size()];
     int filledCount = 0;
-    if (!entries.isEmpty()) {
-        filled = new PushAddress[entries.size()];
-        for (const QJsonValue& entry : entries) {
-            if (readLine(entry, filled[filledCount])) {
-                ++filledCount;
-            }
+    for (const QJsonValue& entry : entries) {
+        if (readLine(entry, filled[filledCount])) {
+            ++filledCount;
         }
-        lines = filled;
-        count = entries.size();
     }
+    lines = filled;
+    count = entries.size();
     const std::lock_guard<std::mutex> lock(mutex);
     table.clear();
     for (int i = 0; i < filledCount; ++i) {

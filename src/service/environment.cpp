@@ -2,10 +2,38 @@
 
 #include <QStringList>
 
+#include "log/log_writer.h"
+
 namespace tolvane {
 
 int readEnvironment() {
-    return config::readDefaultData().environment;
+    const config::DefaultData data = config::readDefaultData();
+    const QString unread = describeUnreadDefaultData(data);
+    if (!unread.isEmpty()) {
+        log::writeLine(log::kMainLog, unread);
+    }
+    return data.environment;
+}
+
+QString describeUnreadDefaultData(const config::DefaultData& data) {
+    QString what;
+    switch (data.status) {
+        case config::DefaultDataStatus::Read:
+            return QString();
+        case config::DefaultDataStatus::NoPath:
+            what = QStringLiteral("the host executable's folder is unknown");
+            break;
+        case config::DefaultDataStatus::Missing:
+            what = QStringLiteral("no file at ") + data.path;
+            break;
+        case config::DefaultDataStatus::Unreadable:
+            what = QStringLiteral("cannot read %1 (%2)").arg(data.path, data.error);
+            break;
+        case config::DefaultDataStatus::NotAnObject:
+            what = data.path + QStringLiteral(" is not a JSON object");
+            break;
+    }
+    return QStringLiteral("default.data: %1, environment %2").arg(what).arg(data.environment);
 }
 
 QString describeRedirection(const config::EndpointOverrides& overrides) {

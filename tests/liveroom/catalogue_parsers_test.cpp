@@ -18,14 +18,14 @@ protected:
 };
 
 TEST_F(CatalogueParsers, GiftListKeepsUsableEntriesAndSplitsOutSkins) {
-    const QByteArray reply = R"({"error":0,"data":{"list":[
+    const QByteArray reply = R"(VXConfigCallback({"data":{"list":[
         {"id":100,"name":"Rose","price":"10","icon":"r.png","skins":[{"id":1001,"name":"Gold"},
                                                                     {"id":0,"name":"no id"}]},
         {"id":"101","name":"Stick","price":20},
         {"name":"no id at all","price":5},
         {"id":-3,"name":"negative"},
         "not an object",
-        {"id":102,"price":"lots"}]}})";
+        {"id":102,"price":"lots"}]}}))";
     std::vector<VxGiftRecord> gifts;
     std::vector<VxGiftSkinRecord> skins;
     ASSERT_EQ(parseGiftList(parser_, reply, gifts, skins), 0);
@@ -82,11 +82,11 @@ TEST_F(CatalogueParsers, ResourceFilesAreUnwrappedAndKeyedByTheirOwnIdKey) {
 }
 
 TEST_F(CatalogueParsers, AHugeListIsCutAtTheLimit) {
-    QByteArray reply = R"({"error":0,"data":{"list":[)";
+    QByteArray reply = R"(VXConfigCallback({"data":{"list":[)";
     for (int i = 1; i <= kMaxCatalogueEntries + 5; ++i) {
         reply += (i > 1 ? "," : "") + QByteArray(R"({"id":)") + QByteArray::number(i) + "}";
     }
-    reply += "]}}";
+    reply += "]}})";
     std::vector<VxPropRecord> props;
     ASSERT_EQ(parsePropList(parser_, reply, props), 0);
     EXPECT_EQ(props.size(), static_cast<std::size_t>(kMaxCatalogueEntries));

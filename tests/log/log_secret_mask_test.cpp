@@ -39,6 +39,20 @@ TEST(SecretMask, LinesKeepTheirTextAroundMaskedValues) {
         {R"({"msg":"x","data":"{\"password\": \"hunter2\",\"n\":1}"})",
          R"({"msg":"x","data":"{\"password\": \"<masked:7>\",\"n\":1}"})"},
         {R"(srcData: {"qrcode":"q\"uo)", R"(srcData: {"qrcode":"<masked:5>)"},  // unterminated
+        // One-time codes that requests send and logins hand out, plain or inside another reply.
+        {"post:code=654321&phone=138", "post:code=<masked:6>&phone=138"},
+        {R"({"error":130014,"data":"sms","ext":{"isForeignTel":0,"code":"rl-12"}})",
+         R"({"error":130014,"data":"sms","ext":{"isForeignTel":0,"code":"<masked:5>"}})"},
+        {R"({"data":"{\"error\":0,\"data\" : {\"code\":\"q-1\"}}"})",
+         R"({"data":"{\"error\":0,\"data\" : {\"code\":\"<masked:3>\"}}"})"},
+        // A code that says why a server refused is a diagnostic and stays.
+        {R"(srcData: {"error":603,"code":"E_RISK_12","data":"blocked"})",
+         R"(srcData: {"error":603,"code":"E_RISK_12","data":"blocked"})"},
+        {R"(cprGet error:{"data":"{\"code\":\"RATE_LIMITED\"}","error":429,"msg":"x"})",
+         R"(cprGet error:{"data":"{\"code\":\"RATE_LIMITED\"}","error":429,"msg":"x"})"},
+        {"[msg] decodeErrorMessage:type=error;code=51x; failed.",
+         "[msg] decodeErrorMessage:type=error;code=51x; failed."},
+        {"type=chatmsg;code=51x;", "type=chatmsg;code=<masked:3>;"},
         // Push addresses keep host and application.
         {R"({"list":[{"17":"rtmp://push-a.example/live/880001_a1?key=41d0"}]})",
          R"({"list":[{"17":"rtmp://push-a.example/live/<masked:18..d0>"}]})"},

@@ -86,7 +86,7 @@ TEST(PushLinesParse, AllAddressReplies) {
          kDataError, ""},
         {okReply(R"({"h265_list_sort":[{"id":9,"url":"h1"}]})"), 0, "unset", "h1#9",
          "old/main=1,h1=9", "", ""},
-        {okReply(R"({"h265_list_sort":[],"list_sort":[{"id":4,"url":"u2"}]})"), 0, "u2#4", "unset",
+        {okReply(R"({"h265_list_sort":[],"list_sort":[{"id":4,"url":"u2"}]})"), 0, "u2#4", "",
          "u2=4", "", ""},
         {R"({"error":608,"data":{"reason":"night","open_time":"08:00","duration":1234567.5}})", 217,
          "night#0,08:00#0,1.23457e+06#0", "unset", seeded, kNoMessage, "f0"},

@@ -16,18 +16,32 @@ struct EndpointOverrides {
     bool isEmpty() const { return origin.isEmpty() && base.isEmpty() && host.isEmpty(); }
 };
 
+// Why the file gave no settings, when it gave none.
+enum class DefaultDataStatus {
+    Read,         // a JSON object (whether or not it names an environment)
+    NoPath,       // the host executable's folder is unknown
+    Missing,      // no file at the path
+    Unreadable,   // a file that cannot be opened
+    NotAnObject,  // opened, but not a JSON object
+};
+
 struct DefaultData {
     int environment = 0;  // "app.domain"; 0 unless it is a whole JSON number
     EndpointOverrides endpoints;
     QJsonObject root;  // the whole object, for settings of the platform libraries
+    DefaultDataStatus status = DefaultDataStatus::Read;
+    QString path;   // the file looked at (readDefaultData)
+    QString error;  // the system's reason when the file is Unreadable
 };
 
-// The file beside the host executable, or the one TOLVANE_DEFAULT_DATA names.
+// The file beside the host executable, or the one TOLVANE_DEFAULT_DATA names; empty when the
+// executable's folder is unknown.
 QString defaultDataPath();
 
 DefaultData parseDefaultData(const QByteArray& content);
 
-// Reads and parses the file; defaults when it is missing or unreadable.
+// Reads and parses the file; defaults, with the status saying why, when it is missing or
+// unreadable.
 DefaultData readDefaultData();
 
 // Applies the overrides to a compiled-in address. An empty cell stays empty: that

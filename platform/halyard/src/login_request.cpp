@@ -142,14 +142,6 @@ bool LoginRequest::syncSendPhoneVertifyCode(const QString& phone, const QString&
     return plainExchange(QStringLiteral("app/loginCaptcha2"), form, errorCode, message, timeoutMs);
 }
 
-int LoginRequest::reportClientEvent(const QString& event, const QString& detail, int value) {
-    int errorCode = 0;
-    QString message;
-    const FormItems form = {{QStringLiteral("event"), event},
-                            {QStringLiteral("detail"), detail},
-                            {QStringLiteral("value"), QString::number(value)}};
-    if (!plainExchange(QStringLiteral("app/clientEvent"), form, errorCode, message, 3000)) {
-        return -1;
-    }
-    return errorCode;
+int LoginRequest::reportClientEvent(const QString&, const QString&, int) {
+    return -1;
 }

@@ -16,6 +16,7 @@
 #include "halyard/auth_code.h"
 #include "halyard/client_setup.h"
 #include "tolvane_config/default_data.h"
+#include "tolvane_config/send_once_device.h"
 
 namespace halyard {
 
@@ -115,7 +116,12 @@ PassportAnswer postToPassport(const QString& path, const FormItems& form, int ti
     timer.setSingleShot(true);
     QObject::connect(&timer, &QTimer::timeout, &loop, &QEventLoop::quit);
     QObject::connect(&manager, &QNetworkAccessManager::finished, &loop, &QEventLoop::quit);
-    QNetworkReply* reply = manager.post(request, formBody(items));
+    // Every passport call is a POST that must not reach the service twice (a QR poll answered
+    // on a second sending would log in behind the caller's back): Qt resends a request whose
+    // connection closed before the answer, and this body refuses the rewind that needs.
+    auto* body = tolvane::net::SendOnceDevice::fromBytes(formBody(items));
+    QNetworkReply* reply = manager.post(request, body);
+    body->setParent(reply);
     timer.start(timeoutMs);
     loop.exec(QEventLoop::ExcludeUserInputEvents);
 

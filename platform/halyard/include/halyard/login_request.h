@@ -46,7 +46,7 @@ public:
                                   ExtraParams extraParams, int& errorCode, QString& message,
                                   int timeoutMs);
 
-    // Reports a client event (event name, detail, value) to the passport service; returns the
-    // service's code, or -1 when no answer came.
+    // The closed library's client-event report, whose request this library does not know: it
+    // sends nothing and returns -1, unsupported.
     int reportClientEvent(const QString& event, const QString& detail, int value);
 };

@@ -84,17 +84,14 @@ QJsonObject propObject(const SimProp& prop) {
                        {"icon", icon("prop", prop.id)}};
 }
 
-SimReply listReply(const QJsonArray& list) {
-    return okReply(QJsonObject{{"list", list}});
-}
-
 SimReply singleReply(const std::optional<QJsonObject>& item) {
     return item ? okReply(*item) : errorReply(kUnknownItemCode, QStringLiteral("item not found"));
 }
 
-// The configuration files are written for browsers: JSON wrapped in a callback.
+// The catalogue's lists are static files written for browsers: JSON wrapped in a callback, and
+// no "error" member, since a file has no refusal to report.
 SimReply wrappedList(const QJsonArray& list) {
-    const QJsonObject body{{"error", 0}, {"data", QJsonObject{{"list", list}}}};
+    const QJsonObject body{{"data", QJsonObject{{"list", list}}}};
     std::string text = "VXConfigCallback(";
     text += QJsonDocument(body).toJson(QJsonDocument::Compact).toStdString();
     text += ")";
@@ -168,8 +165,9 @@ void addGiftRoutes(SimHttpServer& server) {
         routes.add({"GET", SimAddressTable::Base, 11, std::string("/") + path, path,
                     SimSignRule::None, std::move(handler)});
     };
-    gift("api/gift/v2/web/template", [](const SimRequest&) { return listReply(templateGifts()); });
-    gift("api/prop/v1/web/list", [](const SimRequest&) { return listReply(listedProps()); });
+    gift("api/gift/v2/web/template",
+         [](const SimRequest&) { return wrappedList(templateGifts()); });
+    gift("api/prop/v1/web/list", [](const SimRequest&) { return wrappedList(listedProps()); });
     gift("api/gift/v2/web/single",
          [](const SimRequest& r) { return singleReply(gift_catalogue::gift(idParam(r, "gid"))); });
     gift("api/prop/v1/web/single",

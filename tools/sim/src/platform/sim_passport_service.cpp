@@ -192,7 +192,6 @@ void addPassportRoutes(SimHttpServer& server, SimPlatformState& state) {
             {"expire", s->passport().qrLifetimeSeconds()}});
     });
     add("lapi/passport/scan/auth", [s](const SimRequest& r) { return qrLogin(*s, r); });
-    add("app/clientEvent", [](const SimRequest&) { return okReply(QStringLiteral("recorded")); });
     addQrControlRoutes(server, state);
     addAccountCodeRoutes(server, state);
 }

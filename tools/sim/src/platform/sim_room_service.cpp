@@ -66,8 +66,9 @@ SimReply emotionWhiteList(const SimPlatformState& state) {
     for (const int id : state.emotionWhiteList()) {
         ids.append(id);
     }
-    const QJsonObject body{{"error", 0}, {"data", QJsonObject{{"white_cate2_list", ids}}}};
-    // The configuration service wraps its files in a callback for browsers.
+    const QJsonObject body{{"data", QJsonObject{{"white_cate2_list", ids}}}};
+    // The configuration service wraps its files in a callback for browsers; a static file
+    // carries no "error" member.
     std::string text = "VXConfigCallback(";
     text += QJsonDocument(body).toJson(QJsonDocument::Compact).toStdString();
     text += ")";

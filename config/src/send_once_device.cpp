@@ -1,4 +1,4 @@
-#include "net/send_once_device.h"
+#include "tolvane_config/send_once_device.h"
 
 #include <QBuffer>
 

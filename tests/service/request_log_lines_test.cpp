@@ -1,0 +1,72 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+
+#include "log/log_writer.h"
+#include "support/log_reader.h"
+#include "support/sim_service_fixture.h"
+#include "support/wait.h"
+
+namespace {
+
+using tolvane::log::kMainLog;
+using tolvane::log::kRequestLog;
+using tolvane::sim::SimFault;
+
+constexpr char kServerTime[] = R"({"error":0,"data":1700000000})";
+
+// The platform's clock answers a fixed reply, so the request log's lines are known in full.
+class RequestLogLines : public SimServiceTest {
+protected:
+    void startPlatform() override {
+        SimServiceTest::startPlatform();
+        sim().http().setFault("/api/v1/timestamp", SimFault::httpStatus(200, kServerTime));
+    }
+};
+
+// php.log as the service writes it: a session's two bare lines, the clock request's path and
+// the size and head of its reply, then the URL of each host-composed request. tolvane.log
+// holds a failed host-composed request's banner, the made-up reply, the URL and a POST's form.
+TEST_F(RequestLogLines, ClockAndHostComposedRequests) {
+    ASSERT_TRUE(waitUntil([] { return readLogMessages(kRequestLog).size() >= 4; }, 5000))
+        << "waiting for the clock's reply in php.log";
+    const QString origin = QString::fromStdString(sim().environment().origin());
+    struct Case {
+        const char* path;
+        std::function<bool(QByteArray&, const std::string&)> call;
+        QStringList lines;  // REPLY stands for the made-up reply, URL for the URL
+    };
+    const Case cases[] = {
+        {"/sim/status/404",
+         [&](QByteArray& reply, const std::string& url) {
+             return service().getRequest(reply, url, {}, {}, 5000);
+         },
+         {"call function: VxNetServiceImp::getRequest -----------------", "cprGet error:REPLY",
+          "url:URL"}},
+        {"/sim/status/500",
+         [&](QByteArray& reply, const std::string& url) {
+             return service().postRequest(reply, url, {}, {}, {{"k", "v w"}}, 5000);
+         },
+         {"call function: VxNetServiceImp::postRequest -----------------", "cprGet error:REPLY",
+          "url:URL", "post:k=v%20w"}},
+    };
+    QStringList requestLines = {"", "", "get url: /api/v1/timestamp",
+                                "resData size: 29,   {\"error\":0,\"data\":17  ......"};
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.path);
+        const QString url = origin + c.path;
+        const int logged = readLogMessages(kMainLog).size();
+        QByteArray reply;
+        EXPECT_FALSE(c.call(reply, url.toStdString()));
+        QStringList expected;
+        for (const QString& line : c.lines) {
+            expected
+                << QString(line).replace("REPLY", QString::fromUtf8(reply)).replace("URL", url);
+        }
+        EXPECT_EQ(readLogMessages(kMainLog).mid(logged), expected);
+        requestLines << "get url: " + url;
+    }
+    EXPECT_EQ(readLogMessages(kRequestLog), requestLines);
+}
+
+}  // namespace
