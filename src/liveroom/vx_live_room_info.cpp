@@ -5,10 +5,10 @@
 
 #include "liveroom/catalogue_parsers.h"
 #include "liveroom/catalogue_rows.h"
+#include "log/log_writer.h"
 #include "net/operation_request.h"
 #include "net/vx_net_request.h"
 #include "parse/data_parser.h"
-#include "log/log_writer.h"
 #include "vxencoder/vx_decoder.h"
 
 using tolvane::liveroom::FetchKey;
@@ -298,10 +298,14 @@ bool VxLiveRoomInfo::fetching() const {
 
 bool VxLiveRoomInfo::fetch(const FetchKey& key) {
     switch (key.kind) {
+        case FetchKey::Tables:
+            return fetchTables(key.id);
         case FetchKey::Gift:
-            return fetchGift(key.id, key.extra);
+            // Asked for while the tables were still on their way, and known by now.
+            return (gifts_.contains(key.id) && (key.extra == 0 || skins_.contains(key.extra))) ||
+                   fetchGift(key.id, key.extra);
         case FetchKey::Prop:
-            return fetchProp(key.id);
+            return props_.contains(key.id) || fetchProp(key.id);
         default:
             return fetchResource(key.id);
     }

@@ -64,6 +64,9 @@ public:
     void storeProps(const std::vector<VxPropRecord>& props);
     // Queues the five resource configuration files on the fetch thread.
     void loadResourceFiles();
+    // Queues the room's gift template and prop list on the fetch thread, before the files:
+    // the same requests as slot 49's, for a caller that must not wait for them.
+    void loadTablesInBackground(int32_t roomId);
     // Logout: every table, the room and the user are forgotten; the object stays.
     void clear();
 
@@ -83,6 +86,7 @@ private:
     bool fetchGift(int32_t giftId, int32_t skinId);
     bool fetchProp(int32_t propId);
     bool fetchResource(int32_t table);
+    bool fetchTables(int32_t roomId);  // catalogue_tables_fetch.cpp
     bool send(const tolvane::net::OperationRow& row, const ParamList& items, QByteArray& body);
 
     void requestGift(int32_t giftId, int32_t skinId);
