@@ -14,9 +14,11 @@ namespace tolvane::liveroom {
 
 // What the catalogue fetches on its own thread: one gift, one prop or one resource file.
 struct FetchKey {
-    enum Kind : int32_t { Gift = 0, Prop = 1, Resource = 2 };
+    // The room's gift template and prop list together, ordered before anything asked for at
+    // the same moment.
+    enum Kind : int32_t { Tables = -1, Gift = 0, Prop = 1, Resource = 2 };
     int32_t kind = Gift;
-    int32_t id = 0;     // gift or prop id, or the resource table
+    int32_t id = 0;     // gift or prop id, the resource table, or the room of the tables
     int32_t extra = 0;  // the gift's skin id
 
     bool operator<(const FetchKey& other) const {

@@ -39,6 +39,14 @@ int32_t VxNetServiceImp::loadGiftTables() {
     return 0;
 }
 
+void VxNetServiceImp::loadGiftTablesInBackground() {
+    logBanner("loadGiftTables");
+    const int32_t roomId = parser_.roomInfo().roomId;
+    if (roomId != kNoRoom) {
+        liveRoomInfo_->loadTablesInBackground(roomId);
+    }
+}
+
 void VxNetServiceImp::onRoomInfoLoaded() {
     liveRoomInfo_->refreshFromRoomInfo();
 }

@@ -342,10 +342,14 @@ bool VxLiveRoomInfo::fetching() const {
 
 bool VxLiveRoomInfo::fetch(const FetchKey& key, uint64_t generation) {
     switch (key.kind) {
+        case FetchKey::Tables:
+            return fetchTables(key.id, generation);
         case FetchKey::Gift:
-            return fetchGift(key.id, key.extra, generation);
+            // Asked for while the tables were still on their way, and known by now.
+            return (gifts_.contains(key.id) && (key.extra == 0 || skins_.contains(key.extra))) ||
+                   fetchGift(key.id, key.extra, generation);
         case FetchKey::Prop:
-            return fetchProp(key.id, generation);
+            return props_.contains(key.id) || fetchProp(key.id, generation);
         default:
             return fetchResource(key.id, generation);
     }
@@ -455,5 +459,56 @@ bool VxLiveRoomInfo::fetchResource(int32_t table, uint64_t generation) {
         resourceTable(file->table)->replace(records);
     }
     notifyTable(file->table);
+    return true;
+}
+
+// The barrage start-up hands the room's gift template and prop list to this thread, since going
+// live needs no catalogue and must not wait for one. As slot 49 does, a table whose request fails
+// keeps what it held, so the requests on the wire stay the same.
+void VxLiveRoomInfo::loadTablesInBackground(int32_t roomId) {
+    queue_->request({FetchKey::Tables, roomId, 0});
+    loadResourceFiles();
+}
+
+bool VxLiveRoomInfo::fetchTables(int32_t roomId, uint64_t generation) {
+    const ParamList items{{QStringLiteral("rid"), QString::number(roomId)}};
+    DataParser parser;
+    const tolvane::net::OperationRow& giftRow = tolvane::liveroom::giftTemplateRow();
+    QByteArray giftBody;
+    std::vector<VxGiftRecord> gifts;
+    std::vector<VxGiftSkinRecord> skins;
+    const bool giftsRead = send(giftRow, items, giftBody) &&
+                           tolvane::liveroom::parseGiftList(parser, giftBody, gifts, skins) == 0;
+    if (!giftsRead) {
+        logRefusedReply(giftRow, giftBody);
+    }
+    const tolvane::net::OperationRow& propRow = tolvane::liveroom::propListRow();
+    QByteArray propBody;
+    std::vector<VxPropRecord> props;
+    const bool propsRead = send(propRow, items, propBody) &&
+                           tolvane::liveroom::parsePropList(parser, propBody, props) == 0;
+    if (!propsRead) {
+        logRefusedReply(propRow, propBody);
+    }
+    {
+        std::lock_guard<std::mutex> lock(fillMutex_);
+        if (!queue_->current(generation)) {
+            return true;  // the user logged out meanwhile; the tables are for nobody
+        }
+        if (giftsRead) {
+            gifts_.replace(gifts);
+            skins_.replace(skins);
+        }
+        if (propsRead) {
+            props_.replace(props);
+        }
+    }
+    if (giftsRead) {
+        notifyTable(VxCatalogueTable::Gifts);
+        notifyTable(VxCatalogueTable::GiftSkins);
+    }
+    if (propsRead) {
+        notifyTable(VxCatalogueTable::Props);
+    }
     return true;
 }

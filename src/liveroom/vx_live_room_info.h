@@ -66,6 +66,9 @@ public:
     void storeProps(const std::vector<VxPropRecord>& props);
     // Queues the five resource configuration files on the fetch thread.
     void loadResourceFiles();
+    // Queues the room's gift template and prop list on the fetch thread, before the files:
+    // the same requests as slot 49's, for a caller that must not wait for them.
+    void loadTablesInBackground(int32_t roomId);
     // Logout: every table, the room and the user are forgotten; the object stays.
     void clear();
     // Ends the fetch thread at once: a transfer in flight is aborted, and a callback running on
@@ -96,6 +99,7 @@ private:
     bool fetchGift(int32_t giftId, int32_t skinId, uint64_t generation);
     bool fetchProp(int32_t propId, uint64_t generation);
     bool fetchResource(int32_t table, uint64_t generation);
+    bool fetchTables(int32_t roomId, uint64_t generation);
     bool send(const tolvane::net::OperationRow& row, const ParamList& items, QByteArray& body);
 
     void requestGift(int32_t giftId, int32_t skinId);

@@ -1,7 +1,7 @@
 // The anchor's room and the barrage servers: what the service must know after login before
 // the barrage client can connect and before any other room operation can run.
-#include "parse/data_parser.h"
 #include "log/log_writer.h"
+#include "parse/data_parser.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {
@@ -33,7 +33,7 @@ int32_t VxNetServiceImp::requestRoomInfo(const ReplyParser& parse, bool sessionE
                         items, nullptr, parse);
 }
 
-int32_t VxNetServiceImp::initRoomInfo(QList<ServerAddress>& servers) {
+int32_t VxNetServiceImp::initRoomInfo(QList<ServerAddress>& servers, bool catalogueInBackground) {
     logBanner("initRoomInfo");
     const int32_t result = requestRoomInfo(
         [&](const QByteArray& reply) {
@@ -44,7 +44,11 @@ int32_t VxNetServiceImp::initRoomInfo(QList<ServerAddress>& servers) {
     if (result != 0) {
         return result;
     }
-    loadGiftTables();
+    if (catalogueInBackground) {
+        loadGiftTablesInBackground();
+    } else {
+        loadGiftTables();
+    }
     onRoomInfoLoaded();
     return 0;
 }
@@ -61,7 +65,7 @@ int32_t VxNetServiceImp::collectBarrageServers(QList<ServerAddress>& servers) {
     servers.clear();
     // A gateway that fails leaves the room's own servers, which are enough to connect.
     getGatewayList(servers);
-    return initRoomInfo(servers);
+    return initRoomInfo(servers, true);
 }
 
 // slot 4

@@ -11,12 +11,12 @@
 #include <string>
 #include <vector>
 
+#include "log/persistent_log_writer.h"
 #include "net/endpoints.h"
 #include "net/operation_row.h"
 #include "net/param_list.h"
 #include "parse/data_parser.h"
 #include "parse/server_address.h"
-#include "log/persistent_log_writer.h"
 #include "tolvane/i_liveencoder_net_service.h"
 #include "tolvane/i_room_listener.h"
 
@@ -212,11 +212,15 @@ public:
 private:
     // The room information request ("my_room"); each caller reads its own part of the reply.
     int32_t requestRoomInfo(const ReplyParser& parse, bool sessionExpiryHook);
-    int32_t initRoomInfo(QList<ServerAddress>& servers);
+    // The barrage start-up leaves the gift catalogue to the store's fetch thread: going live
+    // needs none of it. Everyone else loads it here (slot 49) before returning.
+    int32_t initRoomInfo(QList<ServerAddress>& servers, bool catalogueInBackground = false);
     int32_t getGatewayList(QList<ServerAddress>& servers);
     int32_t requestEmotionSeiyClassifyList();
     // Hook for the live room information store to copy the room information it needs.
     void onRoomInfoLoaded();
+    // Slot 49's tables queued on the store's fetch thread instead (liveroom/).
+    void loadGiftTablesInBackground();
     // --- end of room information and barrage gateway ---
 
     // --- Push lines, live start and stop, categories and tags (room/push_lines.cpp,

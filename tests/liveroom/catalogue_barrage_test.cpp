@@ -32,6 +32,9 @@ protected:
         }
         login();
         startAndWait();
+        // The start-up leaves the tables to the catalogue's fetch thread.
+        ASSERT_TRUE(waitUntil([&] { return !store().gifts().empty() && !store().props().empty(); }))
+            << "watchdog: waiting for the gift template and the prop list";
     }
 
     IVxLiveRoomInfo& store() { return *service_->getLiveRoomInfo(); }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QElapsedTimer>
 #include <string>
 #include <vector>
 
@@ -106,6 +107,27 @@ TEST_F(LiveRoomInfoService, LogoutEmptiesTheStoreButThePointerKeepsWorking) {
     EXPECT_FALSE(pointer->gifts().empty());
     EXPECT_EQ(pointer->currentUserId(), std::stoi(session.uid));
     pointer->removeObserver(&subject_);
+}
+
+TEST_F(LiveRoomInfoService, TheBarrageStartDoesNotWaitForTheCatalogue) {
+    sim().http().setFault(kTemplatePath, tolvane::sim::SimFault::delay(1500).oneShot());
+    QElapsedTimer clock;
+    clock.start();
+    ASSERT_EQ(service().startBarrage(), 0);
+    EXPECT_LT(clock.elapsed(), 1000);
+    // A gift the template lists, seen in the barrage before the template arrived.
+    BarrageMessage gift;
+    gift.typeName = "gift";
+    gift.rawText = "type=gift;gid=" + std::to_string(catalogue::kFirstTemplateGift) + ";";
+    static_cast<VxLiveRoomInfo&>(store()).noteBarrageMessage(gift);
+    ASSERT_TRUE(
+        waitUntil([&] { return !store().gifts().empty() && !store().props().empty(); }, 5000))
+        << "watchdog: waiting for the tables from the fetch thread";
+    ASSERT_TRUE(waitUntil([&] { return !static_cast<VxLiveRoomInfo&>(store()).fetching(); }, 5000))
+        << "watchdog: waiting for the fetch thread to go quiet";
+    EXPECT_EQ(requestsTo(kTemplatePath).size(), 1u);
+    EXPECT_EQ(requestsTo(kPropListPath).size(), 1u);
+    EXPECT_TRUE(requestsTo("/api/gift/v2/web/single").empty());
 }
 
 TEST_F(LiveRoomInfoService, AFailedTemplateKeepsTheTablesItHad) {

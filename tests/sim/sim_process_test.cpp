@@ -8,6 +8,7 @@
 #include <QTemporaryDir>
 #include <map>
 
+#include "barrage/barrage_texts.h"
 #include "service/vx_net_service_imp.h"
 #include "support/recording_observer.h"
 #include "support/scoped_env.h"
@@ -82,6 +83,9 @@ TEST(SimProcess, RefusesArgumentsItDoesNotKnow) {
         {QStringLiteral("--barrage-rate"), QStringLiteral("fast")},
         {QStringLiteral("--data-dir")},
         {QStringLiteral("--verbose")},
+        {QStringLiteral("--latency"), QStringLiteral("-5")},
+        {QStringLiteral("--speed"), QStringLiteral("0")},
+        {QStringLiteral("--replay")},
     };
     for (const QStringList& arguments : refused) {
         QProcess sim;
@@ -89,4 +93,52 @@ TEST(SimProcess, RefusesArgumentsItDoesNotKnow) {
         ASSERT_TRUE(sim.waitForFinished(10000)) << arguments.join(' ').toStdString();
         EXPECT_EQ(sim.exitCode(), 2) << arguments.join(' ').toStdString();
     }
+}
+
+TEST(SimProcess, ReplaysABarrageLogBehindASlowLine) {
+    IsolatedWorkspace workspace;
+    // Three chats around midnight between the lines a client writes about itself.
+    const std::string chats[] = {sim::BarrageTexts::chat(7, 880001, 2001, "night", "one"),
+                                 sim::BarrageTexts::chat(8, 880001, 2002, "owl", "two"),
+                                 sim::BarrageTexts::chat(9, 880001, 2001, "night", "three")};
+    QFile log(workspace.path() + QStringLiteral("/recorded_msg.log"));
+    ASSERT_TRUE(log.open(QIODevice::WriteOnly));
+    log.write(("[23:59:59.900] \r\n[23:59:59.950] " + chats[0] +
+               "\r\n[23:59:59.990] [msg] onMsgKeepLive\r\n[00:00:00.050] " + chats[1] +
+               "\r\n[00:00:00.100] onMsgError: 51\r\n[00:00:00.150] " + chats[2] + "\r\n")
+                  .c_str());
+    log.close();
+
+    QProcess sim;
+    sim.start(QStringLiteral(TOLVANE_SIM_PATH),
+              {QStringLiteral("--data-dir"), workspace.path() + QStringLiteral("/sim"),
+               QStringLiteral("--latency"), QStringLiteral("40"), QStringLiteral("--replay"),
+               log.fileName(), QStringLiteral("--speed"), QStringLiteral("2")});
+    ASSERT_TRUE(sim.waitForStarted());
+    const auto banner = readBanner(sim);
+    ASSERT_EQ(banner.count(QStringLiteral("default.data")), 1u)
+        << sim.readAllStandardError().toStdString();
+    EXPECT_EQ(banner.count(QStringLiteral("relay")), 1u);
+    EXPECT_EQ(banner.count(QStringLiteral("replay")), 1u);
+    {
+        ScopedEnv pointAtSim("TOLVANE_DEFAULT_DATA",
+                             banner.at(QStringLiteral("default.data")).toLocal8Bit());
+        RecordingObserver observer;
+        VxNetServiceImp service(&observer, nullptr);
+        std::string error, token;
+        ASSERT_EQ(service.login("anchor", "secret123", error, token), 0) << error;
+        ASSERT_EQ(service.startBarrage(), 0);
+        EXPECT_TRUE(
+            waitUntil([&] { return observer.events("message chatmsg").size() >= 3; }, 10000))
+            << "watchdog: waiting for the three replayed chats";
+        EXPECT_EQ(observer.events("message chatmsg").size(), 3u);
+        service.stop();
+    }
+    sim.terminate();
+    ASSERT_TRUE(sim.waitForFinished(10000));
+    // The module's web requests and its barrage connection both went through relays.
+    const QString tail = QString::fromLocal8Bit(sim.readAllStandardOutput());
+    const int at = tail.indexOf(QStringLiteral("relayed connections: "));
+    ASSERT_GE(at, 0) << tail.toStdString();
+    EXPECT_GE(tail.mid(at + 21).trimmed().toInt(), 2);
 }

@@ -11,6 +11,7 @@
 #include "demo_road.h"
 #include "platform/sim_platform.h"
 #include "printing_observer.h"
+#include "slow_line_options.h"
 
 void DemoRoad::step(const QString& name, const QString& result) {
     out_ << QStringLiteral("%1 %2").arg(name, -30, QLatin1Char('.')).arg(result) << Qt::endl;
@@ -134,11 +135,16 @@ void DemoRoad::followBarrage() {
     step(QStringLiteral("latest watched kinds"), QString::number(latest.size()));
 }
 
-int runDemo(CreateNetServiceFunction createNetService, PrintingObserver& observer,
-            QTextStream& out) {
+int runDemo(CreateNetServiceFunction createNetService, PrintingObserver& observer, QStringList args,
+            QTextStream& out, QTextStream& err) {
+    tolvane::sim::SimEnvironment::Options options;
+    if (!takeSlowLine(args, options) || !args.isEmpty()) {
+        err << "usage: tolvane-host demo [--latency MS] [--bandwidth KBPS]" << Qt::endl;
+        return 2;
+    }
     out << "Tolvane demo: the broadcast road against the embedded platform simulator" << Qt::endl;
     QTemporaryDir folder;
-    tolvane::sim::SimPlatform sim(folder.path());
+    tolvane::sim::SimPlatform sim(folder.path(), options);
     if (!folder.isValid() || !sim.start()) {
         out << "cannot start the simulator" << Qt::endl;
         return 1;

@@ -12,6 +12,7 @@
 #include "platform/sim_platform.h"
 #include "printing_observer.h"
 #include "qr_login.h"
+#include "slow_line_options.h"
 
 namespace {
 
@@ -19,15 +20,17 @@ namespace {
 const QString kRelease = QStringLiteral("release");
 
 int usage(QTextStream& err) {
-    err << "usage: tolvane-host demo\n"
-           "       tolvane-host qr-login [--sim] [--png PATH]\n"
+    err << "usage: tolvane-host demo [SLOW]\n"
+           "       tolvane-host qr-login [--sim [SLOW]] [--png PATH]\n"
            "       tolvane-host call --list\n"
-           "       tolvane-host call [--sim] [--login NAME PASSWORD] OPERATION [ARGUMENT...] "
+           "       tolvane-host call [--sim [SLOW]] [--login NAME PASSWORD] OPERATION "
+           "[ARGUMENT...] "
            "[+ OPERATION [ARGUMENT...]]...\n"
            "Operations joined by + run in order on one service, so later ones see the state\n"
            "earlier ones left (the room, the category, the push lines).\n"
            "--sim runs them against an embedded platform simulator instead of the environment\n"
-           "that default.data (or TOLVANE_DEFAULT_DATA) selects.\n"
+           "that default.data (or TOLVANE_DEFAULT_DATA) selects; SLOW is --latency MS and/or\n"
+           "--bandwidth KBPS, a slow line between the module and that simulator.\n"
            "A request ITEM is h:KEY=VALUE (header), q:KEY=VALUE (query), f:KEY=VALUE (form, POST)\n"
            "or ms:N (time-out). release ends the service, so it can only come last.\n"
            "operations:\n";
@@ -80,7 +83,11 @@ int runCall(CreateNetServiceFunction create, PrintingObserver& observer, QString
     std::unique_ptr<tolvane::sim::SimPlatform> sim;
     if (!args.isEmpty() && args.first() == QStringLiteral("--sim")) {
         args.removeFirst();
-        sim = std::make_unique<tolvane::sim::SimPlatform>(simFolder.path());
+        tolvane::sim::SimEnvironment::Options options;
+        if (!takeSlowLine(args, options)) {
+            return usage(err);
+        }
+        sim = std::make_unique<tolvane::sim::SimPlatform>(simFolder.path(), options);
         // One barrage server, so that startBarrage has somewhere to connect.
         if (!simFolder.isValid() || !sim->start() || !sim->startBarrageServers(1)) {
             err << "cannot start the simulator" << Qt::endl;
@@ -175,7 +182,7 @@ int main(int argc, char** argv) {
                 runQrLoginCommand(loader.createNetService(), observer, args.mid(1), out, err);
         } else {
             exitCode = command == QStringLiteral("demo")
-                           ? runDemo(loader.createNetService(), observer, out)
+                           ? runDemo(loader.createNetService(), observer, args.mid(1), out, err)
                            : runCall(loader.createNetService(), observer, args.mid(1), out, err);
         }
         app.quit();

@@ -16,6 +16,7 @@
 #include "platform/sim_platform.h"
 #include "printing_observer.h"
 #include "qr_code_image.h"
+#include "slow_line_options.h"
 
 namespace {
 
@@ -130,15 +131,18 @@ int32_t runQrLogin(ILiveencoderNetService& service, QTextStream& out,
 int runQrLoginCommand(CreateNetServiceFunction create, PrintingObserver& observer, QStringList args,
                       QTextStream& out, QTextStream& err) {
     bool withSim = false;
+    tolvane::sim::SimEnvironment::Options simOptions;
     QString pngPath = defaultPngPath();
     while (!args.isEmpty()) {
         const QString arg = args.takeFirst();
-        if (arg == QStringLiteral("--sim")) {
+        if (arg == QStringLiteral("--sim") && takeSlowLine(args, simOptions)) {
             withSim = true;
         } else if (arg == QStringLiteral("--png") && !args.isEmpty()) {
             pngPath = args.takeFirst();
         } else {
-            err << "usage: tolvane-host qr-login [--sim] [--png PATH]" << Qt::endl;
+            err << "usage: tolvane-host qr-login [--sim [--latency MS] [--bandwidth KBPS]] "
+                   "[--png PATH]"
+                << Qt::endl;
             return 2;
         }
     }
@@ -146,7 +150,7 @@ int runQrLoginCommand(CreateNetServiceFunction create, PrintingObserver& observe
     QTemporaryDir simFolder;
     std::unique_ptr<tolvane::sim::SimPlatform> sim;
     if (withSim) {
-        sim = std::make_unique<tolvane::sim::SimPlatform>(simFolder.path());
+        sim = std::make_unique<tolvane::sim::SimPlatform>(simFolder.path(), simOptions);
         if (!simFolder.isValid() || !sim->start()) {
             err << "cannot start the simulator" << Qt::endl;
             return 1;

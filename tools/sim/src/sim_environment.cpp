@@ -4,6 +4,8 @@
 #include <QFile>
 #include <QJsonDocument>
 
+#include "relay/sim_relay.h"
+
 namespace tolvane::sim {
 
 namespace {
@@ -21,6 +23,14 @@ SimEnvironment::~SimEnvironment() {
 
 QString SimEnvironment::defaultDataPath() const {
     return QDir(folder_).filePath(QStringLiteral("default.data"));
+}
+
+std::string SimEnvironment::origin() const {
+    if (!relay_) {
+        return server_.origin();
+    }
+    const std::string scheme = options_.https ? "https" : "http";
+    return scheme + "://" + SimRelay::host() + ":" + std::to_string(relay_->port());
 }
 
 std::string SimEnvironment::caFile() const {
@@ -41,7 +51,14 @@ bool SimEnvironment::start() {
     } else {
         started = server_.start(options_.port);
     }
+    if (started && options_.link.relays()) {
+        const int port = options_.https ? server_.httpsPort() : server_.httpPort();
+        relay_ = std::make_unique<SimRelay>(SimRelay::host(), static_cast<uint16_t>(port),
+                                            options_.link);
+        started = relay_->start();
+    }
     if (!started || !writeDefaultData()) {
+        relay_.reset();
         server_.stop();
         return false;
     }
@@ -55,6 +72,7 @@ bool SimEnvironment::start() {
 }
 
 void SimEnvironment::stop() {
+    relay_.reset();
     server_.stop();
     if (envSet_) {
         if (hadEnv_) {
@@ -69,8 +87,10 @@ void SimEnvironment::stop() {
 bool SimEnvironment::writeDefaultData() const {
     QJsonObject root = extra_;
     root.insert(QStringLiteral("app.domain"), options_.environment);
-    root.insert(QStringLiteral("endpoints"),
-                QJsonObject{{QStringLiteral("origin"), QString::fromStdString(origin())}});
+    // Single cells given in the extra settings ("base", "host") stay beside the origin.
+    QJsonObject endpoints = extra_.value(QStringLiteral("endpoints")).toObject();
+    endpoints.insert(QStringLiteral("origin"), QString::fromStdString(origin()));
+    root.insert(QStringLiteral("endpoints"), endpoints);
     QFile file(defaultDataPath());
     if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
         return false;

@@ -23,6 +23,9 @@ constexpr std::size_t kWorkerThreads = 16;
 constexpr auto kStartTimeout = std::chrono::seconds(5);
 // Idle keep-alive connections hold a worker each; a short limit keeps stop() quick.
 constexpr time_t kKeepAliveSeconds = 1;
+// Requests a kept connection serves, about what production web servers allow; the library's
+// own five would make a client reconnect in the middle of a burst that no real server breaks.
+constexpr std::size_t kKeepAliveRequests = 100;
 
 const char kMalformedBody[] = "<html><body><h1>502 Bad Gateway</h1></body></html>";
 
@@ -255,6 +258,7 @@ bool SimHttpServer::startListener(Listener& listener, std::unique_ptr<httplib::S
     }
     server->new_task_queue = [] { return new httplib::ThreadPool(kWorkerThreads); };
     server->set_keep_alive_timeout(kKeepAliveSeconds);
+    server->set_keep_alive_max_count(kKeepAliveRequests);
     // Headers and body go out in separate writes; Nagle would hold the body for the ACK.
     server->set_tcp_nodelay(true);
     const auto handler = [this, scheme](const httplib::Request& in, httplib::Response& out) {

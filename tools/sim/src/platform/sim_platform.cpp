@@ -10,6 +10,7 @@
 #include "platform/sim_passport_service.h"
 #include "platform/sim_room_service.h"
 #include "platform/sim_room_settings_service.h"
+#include "relay/sim_relay.h"
 
 namespace tolvane::sim {
 
@@ -42,16 +43,28 @@ void SimPlatform::stop() {
 
 bool SimPlatform::startBarrageServers(int count) {
     std::lock_guard<std::mutex> lock(barrageMutex_);
+    const SimLinkShape& link = environment_.options().link;
     for (int i = 0; i < count; ++i) {
         auto server = std::make_unique<::sim::BarrageServer>();
         if (server->port() == 0) {
             return false;
         }
+        if (link.relays()) {
+            auto relay =
+                std::make_unique<SimRelay>(::sim::BarrageServer::host(), server->port(), link);
+            if (!relay->start()) {
+                return false;
+            }
+            barrageRelays_.push_back(std::move(relay));
+        }
         barrageServers_.push_back(std::move(server));
     }
     std::vector<SimServerAddress> addresses;
-    for (const auto& server : barrageServers_) {
-        addresses.push_back(SimServerAddress{::sim::BarrageServer::host(), server->port()});
+    for (std::size_t i = 0; i < barrageServers_.size(); ++i) {
+        addresses.push_back(
+            barrageRelays_.empty()
+                ? SimServerAddress{::sim::BarrageServer::host(), barrageServers_[i]->port()}
+                : SimServerAddress{SimRelay::host(), barrageRelays_[i]->port()});
     }
     state_.setGatewayServers(addresses);
     state_.setRoomServers(std::move(addresses));
@@ -66,6 +79,11 @@ int SimPlatform::barrageServerCount() const {
 ::sim::BarrageServer& SimPlatform::barrageServer(int index) {
     std::lock_guard<std::mutex> lock(barrageMutex_);
     return *barrageServers_.at(index);
+}
+
+const SimRelay* SimPlatform::barrageRelay(int index) const {
+    std::lock_guard<std::mutex> lock(barrageMutex_);
+    return barrageRelays_.empty() ? nullptr : barrageRelays_.at(index).get();
 }
 
 void SimPlatform::announceShowEnd() {

@@ -41,6 +41,8 @@ public:
     bool startBarrageServers(int count);
     int barrageServerCount() const;
     ::sim::BarrageServer& barrageServer(int index);
+    // The relay in front of a barrage server while the platform imitates a slow line, else null.
+    const SimRelay* barrageRelay(int index) const;
 
 private:
     void announceShowEnd();
@@ -52,6 +54,8 @@ private:
     mutable std::mutex barrageMutex_;
     // Declared last so that the servers stop before the state their lists live in.
     std::vector<std::unique_ptr<::sim::BarrageServer>> barrageServers_;
+    // After the servers, so that the relays in front of them close first.
+    std::vector<std::unique_ptr<SimRelay>> barrageRelays_;
 };
 
 }  // namespace tolvane::sim
