@@ -22,6 +22,10 @@ void DemoRoad::showGiftCatalogue() {
                 QStringLiteral("the catalogue"))) {
         return;
     }
+    // The room start-up loads the tables on the catalogue's own thread, as a gift panel would
+    // wait for its observer's call.
+    runEvents(kCatalogueResourceWaitMs,
+              [catalogue] { return !catalogue->gifts().empty() && !catalogue->props().empty(); });
     QStringList gifts;
     for (const VxGiftRecord& gift : catalogue->gifts()) {
         gifts << QStringLiteral("%1 %2").arg(text(gift.name)).arg(gift.price);
