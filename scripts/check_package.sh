@@ -37,9 +37,10 @@ echo "package: linking the example with pkg-config tolvane $(pkg-config --modver
 # shellcheck disable=SC2046 # the flags are meant to split
 "${cxx[@]}" examples/minimal-host/main.cpp $(pkg-config --cflags --libs tolvane) \
     -Wl,-rpath,"$libdir" -o "$work/minimal-host-pc"
-readelf -d "$work/minimal-host-pc" | grep -q 'NEEDED.*\[libtolvane\.so\.0\]' ||
+# grep reads the whole output: with pipefail, an early exit would fail the producer on SIGPIPE.
+readelf -d "$work/minimal-host-pc" | grep 'NEEDED.*\[libtolvane\.so\.0\]' >/dev/null ||
     { echo "package: the pkg-config build does not need libtolvane.so.0"; exit 1; }
-ldd "$work/minimal-host-pc" | grep -q "libtolvane\.so\.0 => $libdir/" ||
+ldd "$work/minimal-host-pc" | grep "libtolvane\.so\.0 => $libdir/" >/dev/null ||
     { echo "package: the pkg-config build does not load libtolvane.so.0 from $libdir"; exit 1; }
 
 # The guide's C++ blocks, read in order, are one source file; #line points errors at the guide.

@@ -25,7 +25,7 @@ options=(-G Ninja -DCMAKE_PREFIX_PATH="$prefix" -DCMAKE_BUILD_TYPE=RelWithDebInf
 # Paths relative to the scratch folder, so that the next run's fresh folder hits the cache.
 command -v ccache >/dev/null &&
     options+=("-DCMAKE_CXX_COMPILER_LAUNCHER=cmake;-E;env;CCACHE_BASEDIR=$work;CCACHE_NOHASHDIR=1;ccache")
-if readelf -d "$library" | grep -q 'NEEDED.*libasan'; then
+if readelf -d "$library" | grep 'NEEDED.*libasan' >/dev/null; then
     sanitize="-fsanitize=address,undefined -fno-sanitize-recover=all"
     options+=("-DCMAKE_CXX_FLAGS=$sanitize -fno-omit-frame-pointer"
         "-DCMAKE_EXE_LINKER_FLAGS=$sanitize")
