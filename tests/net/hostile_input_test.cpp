@@ -79,15 +79,6 @@ private:
     std::thread sampler_;
 };
 
-bool logHas(const QString& logName, const QString& text) {
-    for (const QString& line : readLogMessages(logName)) {
-        if (line.contains(text)) {
-            return true;
-        }
-    }
-    return false;
-}
-
 class HostileInputTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -164,11 +155,11 @@ TEST_F(HostileInputTest, BrokenTransfersFailWithTheirCodeAndLogLine) {
         const QJsonObject made = replyObject(reply);
         EXPECT_EQ(made.value("error").toInt(), c.errorCode) << reply.toStdString();
         if (c.qt) {
-            EXPECT_TRUE(logHas(tolvane::log::kMainLog, QString::fromUtf8(c.detail)));
+            EXPECT_TRUE(logContains(tolvane::log::kMainLog, QString::fromUtf8(c.detail)));
         } else {
             EXPECT_TRUE(made.value("data").toString().contains(c.detail)) << reply.toStdString();
-            EXPECT_TRUE(logHas(tolvane::log::kMainLog,
-                               QStringLiteral("cprGet error:") + QString::fromUtf8(reply)));
+            EXPECT_TRUE(logContains(tolvane::log::kMainLog,
+                                    QStringLiteral("cprGet error:") + QString::fromUtf8(reply)));
         }
     }
 }
@@ -193,7 +184,7 @@ TEST_F(HostileInputTest, UnreadableJsonIsRefusedByTheParser) {
         DataParser parser;
         std::string message;
         EXPECT_EQ(parser.parseUserInfoResult(reply, message), DataParser::kReplyNotJson);
-        EXPECT_TRUE(logHas(
+        EXPECT_TRUE(logContains(
             tolvane::log::kMainLog,
             QStringLiteral("parse data failed! errorCode:%1").arg(DataParser::kReplyNotJson)));
     }
