@@ -43,8 +43,7 @@ TEST(UserInfoParse, FieldRules) {
 using UserInfo = SimServiceTest;
 
 TEST_F(UserInfo, RecordAccessorsAndRefresh) {
-    std::string error, token;
-    ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
+    login();
     UserRecord user;
     service().getUserRecord(user);
     EXPECT_EQ(user.uid, "10001");
@@ -57,6 +56,7 @@ TEST_F(UserInfo, RecordAccessorsAndRefresh) {
     EXPECT_EQ(avatar, "https://img.tolvane.example/a/10001_middle.png");
     EXPECT_EQ(service().getSex(), 1);
 
+    std::string error;
     EXPECT_TRUE(service().refreshUserInfo(error));
     EXPECT_EQ(sim().http().requestLog().to("/api/v1/my_info").size(), 2u);
     service().logout();

@@ -1,16 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <QMetaObject>
-#include <QObject>
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <string>
 #include <vector>
 
 #include "barrage/barrage_texts.h"
+#include "support/blocking_host.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 #include "support/watchdog.h"
@@ -126,8 +123,7 @@ TEST_F(ServiceBarrage, StopSilencesTheHostAndEndsTheConnection) {
     EXPECT_TRUE(sim().http().requestLog().to("/api/gift/v2/web/single").empty());
 }
 
-// A Qt host that hands each barrage message to its own thread with a blocking queued call,
-// its thread being the service's.
+// A Qt host that hands each barrage message to its own thread, the service's, and waits.
 class BlockingHost : public RecordingObserver {
 public:
     void onBarrageMessage(const BarrageMessage* message) override {
@@ -136,38 +132,13 @@ public:
             return;
         }
         lateCalls += finished ? 1 : 0;
-        change(+1);
-        QMetaObject::invokeMethod(
-            &hostSide_, [] {}, Qt::BlockingQueuedConnection);
-        change(-1);
-    }
-    // Waits without serving the host's thread, so the callback stays blocked.
-    bool waitUntilInside(std::chrono::milliseconds limit) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return changed_.wait_for(lock, limit, [this] { return inside_ > 0; });
-    }
-    int inside() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return inside_;
+        hostSide.handOver();
     }
 
+    BlockingHandOver hostSide;
     std::atomic<bool> blocking{false};
     std::atomic<bool> finished{false};  // set once the host's operation has returned
     std::atomic<int> lateCalls{0};
-
-private:
-    void change(int by) {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            inside_ += by;
-        }
-        changed_.notify_all();
-    }
-
-    QObject hostSide_;  // lives on the thread that made the host: the service's
-    std::mutex mutex_;
-    std::condition_variable changed_;
-    int inside_ = 0;
 };
 
 struct HostOperation {
@@ -190,14 +161,14 @@ TEST_P(BlockingHostBarrage, EndsWhileACallbackWaitsOnTheServiceThread) {
     ASSERT_TRUE(waitUntil([&] { return !host_.events("status ").empty(); }, 5000));
     host_.blocking = true;
     server().setGeneratorRate(500);
-    ASSERT_TRUE(host_.waitUntilInside(std::chrono::seconds(5)));
+    ASSERT_TRUE(host_.hostSide.waitUntilWaiting());
     {
         const Watchdog watchdog(
             std::string(GetParam().name) + " with a barrage callback blocked on the service thread",
             std::chrono::seconds(5));
         GetParam().run(service_);
     }
-    EXPECT_EQ(host_.inside(), 0);
+    EXPECT_EQ(host_.hostSide.waiting(), 0);
     host_.finished = true;
     spinEvents(300);
     EXPECT_EQ(host_.lateCalls.load(), 0);

@@ -45,7 +45,17 @@ protected:
         client_ = std::make_unique<VxRoomClient>(nullptr, listener_.get());
         QObject::connect(client_.get(), &VxRoomClient::errorReceived,
                          [this] { ++reconnectRequests_; });
+        // Direct: the time an error is raised on the library's thread, not when it is handled.
+        QObject::connect(
+            client_.get(), &VxRoomClient::errorReceived, client_.get(),
+            [this] {
+                if (firstErrorMs_ < 0) {
+                    firstErrorMs_ = sinceLogin_.elapsed();
+                }
+            },
+            Qt::DirectConnection);
         reconnectRequests_ = 0;
+        firstErrorMs_ = -1;
     }
 
     RoomLoginParams paramsFor(const std::vector<const sim::BarrageServer*>& servers) const {
@@ -59,10 +69,14 @@ protected:
         return params;
     }
 
+    void login(const std::vector<const sim::BarrageServer*>& servers) {
+        client_->setLoginParams(paramsFor(servers));
+        sinceLogin_.start();
+        client_->login();
+    }
     // Logs in to the given servers and waits for the login reply's report.
     void loginAndWait(const std::vector<const sim::BarrageServer*>& servers) {
-        client_->setLoginParams(paramsFor(servers));
-        client_->login();
+        login(servers);
         ASSERT_TRUE(waitUntil([&] { return countOf(0) >= 1; }, 5000));
     }
 
@@ -80,6 +94,8 @@ protected:
     std::unique_ptr<RecordingListener> listener_;
     std::unique_ptr<VxRoomClient> client_;
     std::atomic<int> reconnectRequests_{0};
+    QElapsedTimer sinceLogin_;
+    std::atomic<qint64> firstErrorMs_{-1};
 };
 
 TEST_F(RoomClientTest, LoginCarriesTheParametersAndTheReplyStartsChannelsAndSubscriptions) {
@@ -158,8 +174,7 @@ TEST_F(RoomClientTest, ServerErrorsReportAndReconnectAsTheMatrixSays) {
         EXPECT_EQ(client_->reconnectPending(), c.reconnect);
         EXPECT_EQ(client_->loggedIn(), c.loggedInAfter);
         EXPECT_EQ(client_->stopped(), c.stoppedAfter);
-        EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
-                        .contains(QStringLiteral("[msg] error:%1.").arg(c.code)));
+        EXPECT_TRUE(mainLogHas(QStringLiteral("[msg] error:%1.").arg(c.code)));
         if (c.kickedFirst) {  // a new login reply clears the kicked flag
             client_->login();
             ASSERT_TRUE(waitUntil([&] { return countOf(0) == 2; }));
@@ -204,10 +219,7 @@ TEST_F(RoomClientTest, LogoutCancelsAPendingReconnectAndLaterErrorsArmNothing) {
     server.sendError(1000);
     ASSERT_TRUE(waitUntil([&] { return client_->reconnectPending(); }));
     // The error's log line follows the reconnect request on the I/O thread.
-    ASSERT_TRUE(waitUntil([] {
-        return readLogMessages(tolvane::log::kMainLog)
-            .contains(QStringLiteral("[msg] error:1000."));
-    }));
+    ASSERT_TRUE(waitUntil([] { return mainLogHas(QStringLiteral("[msg] error:1000.")); }));
 
     client_->logout();
     EXPECT_FALSE(client_->reconnectPending());
@@ -337,8 +349,7 @@ TEST_F(RoomClientTest, EmptyServerListLogsAndStillCountsAsLoggedIn) {
     client_->setLoginParams(paramsFor({}));
     client_->login();
     EXPECT_TRUE(client_->loggedIn());
-    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
-                    .contains(QStringLiteral("[msg] select server addr failed.")));
+    EXPECT_TRUE(mainLogHas(QStringLiteral("[msg] select server addr failed.")));
 }
 
 // Order and replacement are shown on the store itself; here its feed and its reset.
@@ -376,7 +387,7 @@ TEST_F(RoomClientTest, ShowEndReasonsAreMappedAndUnknownOnesDropped) {
     EXPECT_EQ(listener_->state().showEnds, expected);
     const QStringList log = readLogMessages(tolvane::log::kMainLog);
     EXPECT_TRUE(log.contains(QStringLiteral("[msg] Show End reason:3 banour:2.5.")));
-    EXPECT_FALSE(log.filter(QStringLiteral("Show End reason:5")).size() > 0);
+    EXPECT_TRUE(log.filter(QStringLiteral("Show End reason:5")).isEmpty());
 }
 
 TEST_F(RoomClientTest, BrokenFramesAreDroppedWithALogLineAndTheClientComesBack) {
@@ -411,8 +422,51 @@ TEST_F(RoomClientTest, ForwardedOperationsNeedAClient) {
     loginAndWait({&server});
     EXPECT_EQ(client_->sendChat("hello room"), 0);
     EXPECT_EQ(client_->loginState(), 1u);
-    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog)
-                    .contains(QStringLiteral("[msg] chartMsg:hello room")));
+    EXPECT_TRUE(mainLogHas(QStringLiteral("[msg] chartMsg:hello room")));
+}
+
+// A misbehaving server: a frame written a byte at a time, a login never answered.
+TEST_F(RoomClientTest, AFrameWrittenOneByteAtATimeArrivesWhole) {
+    sim::BarrageServer server;
+    // The pieces must not interleave with the replies to the login's channel requests.
+    loginAndWait({&server});
+    ASSERT_TRUE(waitForType("monthrk"));
+    const std::string text = sim::BarrageTexts::chat(900, 4242, 77, "slow", "one by one 中");
+    // Each byte its own write and, with the gap, its own segment: every read sees one byte.
+    server.sendTextInPieces(text, 1, std::chrono::milliseconds(1));
+    std::vector<std::string> copies;
+    // A hundred timed writes are slow under the thread sanitizer.
+    ASSERT_TRUE(waitUntil(
+        [&] {
+            copies.clear();
+            for (const BarrageMessage& m : listener_->state().messages) {
+                if (m.headerAt0 == 900) {
+                    copies.push_back(m.rawText);
+                }
+            }
+            return !copies.empty();
+        },
+        30000));
+    EXPECT_EQ(copies, std::vector<std::string>{text});
+    EXPECT_EQ(firstErrorMs_.load(), -1);
+}
+
+TEST_F(RoomClientTest, AServerThatNeverAnswersTimesOutTheLogin) {
+    constexpr int kLoginTimeoutMs = 1000;
+    MessageClientOptions options;
+    options.loginTimeoutMs = kLoginTimeoutMs;
+    client_->setClientOptions(options);
+    sim::BarrageServer server;
+    server.setAnswerLogin(false);
+    login({&server});
+    ASSERT_TRUE(waitUntil([&] { return firstErrorMs_.load() >= 0; }, 3 * kLoginTimeoutMs));
+    // The login time-out, honoured within 10 %.
+    EXPECT_GE(firstErrorMs_.load(), kLoginTimeoutMs);
+    EXPECT_LE(firstErrorMs_.load(), kLoginTimeoutMs * 11 / 10);
+    EXPECT_TRUE(logContains(tolvane::log::kMainLog, "[msg] error:10005"));
+    EXPECT_TRUE(listener_->state().statuses.empty());
+    // The client goes on to the next attempt a second later.
+    EXPECT_TRUE(waitUntil([&] { return connectionCount(server) >= 2; }, 3000));
 }
 
 }  // namespace

@@ -24,15 +24,24 @@ FetchQueue::Policy fastPolicy(int attempts) {
     return policy;
 }
 
-TEST(FetchQueue, ManyThreadsAskingForOneKeyCauseOneFetch) {
+// A fetch that counts itself and waits until the test releases it, so that it is still running
+// while the requests under test arrive.
+struct HeldFetches {
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
     std::atomic<int> fetches{0};
-    FetchQueue queue([&](const FetchKey&, uint64_t) {
-        ++fetches;
-        released.wait();  // still running while every request arrives
-        return true;
-    });
+    FetchQueue::Fetch holdAll(bool result = true) {
+        return [this, result](const FetchKey&, uint64_t) {
+            ++fetches;
+            released.wait();
+            return result;
+        };
+    }
+};
+
+TEST(FetchQueue, ManyThreadsAskingForOneKeyCauseOneFetch) {
+    HeldFetches held;
+    FetchQueue queue(held.holdAll());
     std::vector<std::thread> askers;
     std::atomic<int> queued{0};
     for (int t = 0; t < 4; ++t) {
@@ -45,9 +54,9 @@ TEST(FetchQueue, ManyThreadsAskingForOneKeyCauseOneFetch) {
     for (std::thread& asker : askers) {
         asker.join();
     }
-    release.set_value();
+    held.release.set_value();
     ASSERT_TRUE(waitUntil([&] { return !queue.busy(); }));
-    EXPECT_EQ(fetches.load(), 1);
+    EXPECT_EQ(held.fetches.load(), 1);
     EXPECT_EQ(queued.load(), 1);
     // Done with: asking again fetches again (the caller asks only for what it still lacks).
     EXPECT_TRUE(queue.request({FetchKey::Gift, 107, 0}));
@@ -79,25 +88,17 @@ TEST(FetchQueue, FailuresAreRetriedLaterAndThenRest) {
 }
 
 TEST(FetchQueue, ClearDropsWaitingRetriesAndKeysQueuedBehindARunningFetch) {
-    std::promise<void> release;
-    std::shared_future<void> released = release.get_future().share();
-    std::atomic<int> fetches{0};
-    FetchQueue queue([&](const FetchKey& key, uint64_t) {
-        ++fetches;
-        if (key.id == 1) {
-            released.wait();
-        }
-        return false;
-    });
+    HeldFetches held;
+    FetchQueue queue(held.holdAll(false));
     queue.setPolicy(fastPolicy(5));
     queue.request({FetchKey::Gift, 1, 0});
-    ASSERT_TRUE(waitUntil([&] { return fetches.load() == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return held.fetches.load() == 1; }));
     queue.request({FetchKey::Gift, 2, 0});
     queue.clear();
-    release.set_value();
+    held.release.set_value();
     ASSERT_TRUE(waitUntil([&] { return !queue.busy(); }));
     std::this_thread::sleep_for(150ms);
-    EXPECT_EQ(fetches.load(), 1);  // neither a retry of 1 nor a fetch of 2
+    EXPECT_EQ(held.fetches.load(), 1);  // neither a retry of 1 nor a fetch of 2
 }
 
 // A logout while a key is fetched, then a new login that names the same key at once: the old
@@ -129,14 +130,8 @@ TEST(FetchQueue, AKeyNamedAgainAfterAClearIsFetchedAnewOnceTheStaleFetchEnds) {
 }
 
 TEST(FetchQueue, AStreamOfNewIdsQueuesNoMoreThanTheCapacity) {
-    std::promise<void> release;
-    std::shared_future<void> released = release.get_future().share();
-    std::atomic<int> fetches{0};
-    FetchQueue queue([&](const FetchKey&, uint64_t) {
-        ++fetches;
-        released.wait();
-        return true;
-    });
+    HeldFetches held;
+    FetchQueue queue(held.holdAll());
     FetchQueue::Policy policy = fastPolicy(5);
     policy.capacity = 10;
     queue.setPolicy(policy);
@@ -145,9 +140,9 @@ TEST(FetchQueue, AStreamOfNewIdsQueuesNoMoreThanTheCapacity) {
         queued += queue.request({FetchKey::Gift, id, 0}) ? 1 : 0;
     }
     EXPECT_EQ(queued, 10);
-    release.set_value();
+    held.release.set_value();
     ASSERT_TRUE(waitUntil([&] { return !queue.busy(); }));
-    EXPECT_EQ(fetches.load(), 10);
+    EXPECT_EQ(held.fetches.load(), 10);
 }
 
 }  // namespace

@@ -2,20 +2,14 @@
 // thread and waits there until the GUI thread has run it, and the GUI thread is the service's.
 #include <gtest/gtest.h>
 
-#include <QCoreApplication>
 #include <QElapsedTimer>
-#include <QEvent>
-#include <QThread>
 #include <atomic>
-#include <chrono>
-#include <condition_variable>
 #include <functional>
-#include <mutex>
 #include <string>
-#include <thread>
 
 #include "http/sim_records.h"
 #include "liveroom/vx_live_room_info.h"
+#include "support/blocking_host.h"
 #include "support/sim_service_fixture.h"
 #include "support/wait.h"
 #include "support/watchdog.h"
@@ -25,65 +19,18 @@ namespace {
 
 using tolvane::sim::SimFault;
 
-// What a blocking queued connection to the GUI thread does, with the hand-over through locks
-// that ThreadSanitizer sees (Qt's own semaphore is invisible to it).
-class GuiThread : public QObject {
-public:
-    // Returns once this object's thread has served the call.
-    void callAndWait() {
-        std::unique_lock<std::mutex> lock(mutex_);
-        const int ticket = ++asked_;
-        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
-        served_.wait(lock, [&] { return answered_ >= ticket; });
-    }
-
-protected:
-    void customEvent(QEvent*) override {
-        std::lock_guard<std::mutex> lock(mutex_);
-        ++answered_;
-        served_.notify_all();
-    }
-
-private:
-    std::mutex mutex_;
-    std::condition_variable served_;
-    int asked_ = 0;
-    int answered_ = 0;
-};
-
 class HandingOverSubject : public IVxDataSubject {
 public:
-    explicit HandingOverSubject(GuiThread* gui) : gui_(gui) {}
     void onTableChanged(VxCatalogueTable) override { handOver(); }
     void onRoomChanged(int32_t) override { handOver(); }
-
-    std::atomic<int> calls{0};
-    std::atomic<int> waiting{0};  // callbacks waiting for the GUI thread right now
-
-private:
     void handOver() {
         ++calls;
-        if (QThread::currentThread() != gui_->thread()) {
-            ++waiting;
-            gui_->callAndWait();
-            --waiting;
-        }
+        gui.handOver();
     }
 
-    GuiThread* gui_;
+    BlockingHandOver gui;  // the test thread plays the GUI thread
+    std::atomic<int> calls{0};
 };
-
-// Waits with this thread's events left unserved, as a busy GUI thread would.
-bool waitBusy(const std::function<bool()>& condition) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) {
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(1));
-    }
-    return true;
-}
 
 class BlockingCatalogueObserver : public AnchorRoomSimServiceTest {
 public:
@@ -108,12 +55,11 @@ protected:
             Watchdog watchdog("slot 49 (loadGiftTables) starting the resource fetches");
             ASSERT_EQ(service().loadGiftTables(), 0);
         }
-        ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }))
+        ASSERT_TRUE(subject_.gui.waitUntilWaiting())
             << "no catalogue callback came from the fetch thread";
     }
 
-    GuiThread gui_;
-    HandingOverSubject subject_{&gui_};
+    HandingOverSubject subject_;
 };
 
 struct ServiceStep {
@@ -136,10 +82,10 @@ TEST_P(BlockingCatalogueObserverSteps, ServiceThreadGoesOnWhileACallbackWaitsFor
         step.run(*this);
     }
     if (step.releases) {
-        EXPECT_EQ(subject_.waiting.load(), 0);
+        EXPECT_EQ(subject_.gui.waiting(), 0);
         return;
     }
-    ASSERT_TRUE(waitUntil([&] { return subject_.waiting.load() == 0; }));
+    ASSERT_TRUE(waitUntil([&] { return subject_.gui.waiting() == 0; }));
     store().removeObserver(&subject_);
 }
 
@@ -160,7 +106,7 @@ TEST_F(BlockingCatalogueObserver, NoCallbackRunsOrStartsOnceRemoveObserverReturn
         Watchdog watchdog("removeObserver() while a catalogue callback waited for its thread");
         store().removeObserver(&subject_);
     }
-    EXPECT_EQ(subject_.waiting.load(), 0);
+    EXPECT_EQ(subject_.gui.waiting(), 0);
     const int calls = subject_.calls.load();
     // The other resource files still load, and change tables, after the removal.
     ASSERT_TRUE(waitUntil([&] { return !catalogue().fetching(); }));
@@ -180,7 +126,7 @@ TEST_F(BlockingCatalogueObserver, AsyncNetServiceDestructionServesACallbackWaiti
         service.getLiveRoomInfo()->addObserver(&subject_);
         service.refreshRoomInfo();
     });
-    ASSERT_TRUE(waitBusy([&] { return subject_.waiting.load() > 0; }));
+    ASSERT_TRUE(subject_.gui.waitUntilWaiting());
     Watchdog watchdog("~AsyncNetService while a catalogue callback waited for its thread");
     net.reset();
 }

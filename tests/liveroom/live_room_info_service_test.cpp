@@ -100,8 +100,7 @@ TEST_F(LiveRoomInfoService, LogoutEmptiesTheStoreButThePointerKeepsWorking) {
     EXPECT_TRUE(subject_.heard("room -1"));
     EXPECT_TRUE(subject_.heard("table 0"));
 
-    std::string error, token;
-    ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
+    login();
     service().refreshRoomInfo();
     EXPECT_EQ(pointer->roomId(), kAnchorRoom);
     EXPECT_FALSE(pointer->gifts().empty());

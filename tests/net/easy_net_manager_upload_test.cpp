@@ -12,6 +12,7 @@
 #include "net/easy_net_manager.h"
 #include "net/upload_test_servers.h"
 #include "support/log_reader.h"
+#include "support/peak_memory.h"
 #include "support/replies.h"
 #include "support/scoped_env.h"
 
@@ -24,25 +25,6 @@ using tolvane::sim::SimHttpServer;
 
 QByteArray sha256(const QByteArray& bytes) {
     return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
-}
-
-// The process's peak resident memory in kB, from /proc/self/status.
-qint64 peakResidentKb() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (status.open(QIODevice::ReadOnly)) {
-        for (const QByteArray& line : status.readAll().split('\n')) {
-            if (line.startsWith("VmHWM:")) {
-                return line.mid(6).trimmed().split(' ').front().toLongLong();
-            }
-        }
-    }
-    return -1;
-}
-
-// Lowers the peak to the current resident memory, so that earlier tests do not mask a rise.
-bool resetPeakResident() {
-    QFile clearRefs(QStringLiteral("/proc/self/clear_refs"));
-    return clearRefs.open(QIODevice::WriteOnly) && clearRefs.write("5") == 1;
 }
 
 class EasyNetManagerUploadTest : public ::testing::Test {
@@ -184,16 +166,16 @@ TEST_F(EasyNetManagerUploadTest, AFileIsStreamedFromDiskNotLoadedIntoMemory) {
     constexpr qint64 kFileSize = 20 << 20;
     const QString big = writeFile("big.jpg", kFileSize);
     FormRecorder server;
-    if (!resetPeakResident() || peakResidentKb() < 0) {
+    const PeakMemory memory;
+    if (!memory.available()) {
         GTEST_SKIP() << "no peak memory figures from /proc";
     }
-    const qint64 before = peakResidentKb();
     QByteArray reply;
     ASSERT_TRUE(client_.postMultipart(QNetworkRequest(server.url()),
                                       {FormPart::file("feed_img", big)}, reply, 30000));
     // Streamed, the peak rises by a few MB of buffers and threads; one copy of the file alone
     // would add its whole size.
-    EXPECT_LT((peakResidentKb() - before) * 1024, kFileSize / 2);
+    EXPECT_LT(memory.growthKb() * 1024, kFileSize / 2);
     ASSERT_EQ(server.forms().size(), 1u);
     EXPECT_EQ(server.forms().front().front().sha256, fileHash(big));
 }

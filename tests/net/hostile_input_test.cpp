@@ -5,10 +5,7 @@
 #include <QElapsedTimer>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <atomic>
-#include <fstream>
 #include <string>
-#include <thread>
 
 #include "http/sim_http_server.h"
 #include "net/curl_session.h"
@@ -16,6 +13,7 @@
 #include "net/vx_net_request.h"
 #include "parse/data_parser.h"
 #include "support/log_reader.h"
+#include "support/peak_memory.h"
 #include "support/replies.h"
 #include "support/scoped_env.h"
 
@@ -24,21 +22,6 @@ using tolvane::sim::SimFaultTable;
 
 namespace {
 
-long residentKb() {
-    std::ifstream status("/proc/self/status");
-    std::string key;
-    long value = 0;
-    while (status >> key) {
-        if (key == "VmRSS:") {
-            status >> value;
-            return value;
-        }
-        status.ignore(1 << 12, '\n');
-    }
-    return 0;
-}
-
-// The largest resident size seen while it runs, sampled every few milliseconds.
 // ThreadSanitizer keeps shadow memory for every byte touched, several times its size; the bound
 // stays below the 200 MB a client would hold if it kept the whole reply.
 #if defined(__SANITIZE_THREAD__)
@@ -46,47 +29,6 @@ constexpr long kGrowthBoundKb = 160 * 1024;
 #else
 constexpr long kGrowthBoundKb = 64 * 1024;
 #endif
-
-class PeakMemory {
-public:
-    PeakMemory() : start_(residentKb()), peak_(start_) {
-        sampler_ = std::thread([this] {
-            while (!done_) {
-                const long now = residentKb();
-                if (now > peak_) {
-                    peak_ = now;
-                }
-                std::this_thread::sleep_for(std::chrono::milliseconds(2));
-            }
-        });
-    }
-    ~PeakMemory() { stop(); }
-    long growthKb() {
-        stop();
-        return peak_ - start_;
-    }
-
-private:
-    void stop() {
-        done_ = true;
-        if (sampler_.joinable()) {
-            sampler_.join();
-        }
-    }
-    long start_;
-    std::atomic<long> peak_;
-    std::atomic<bool> done_{false};
-    std::thread sampler_;
-};
-
-bool logHas(const QString& logName, const QString& text) {
-    for (const QString& line : readLogMessages(logName)) {
-        if (line.contains(text)) {
-            return true;
-        }
-    }
-    return false;
-}
 
 class HostileInputTest : public ::testing::Test {
 protected:
@@ -158,17 +100,18 @@ TEST_F(HostileInputTest, BrokenTransfersFailWithTheirCodeAndLogLine) {
         } else {
             EXPECT_FALSE(get(c.fault, c.timeoutMs, reply, elapsedMs));
         }
+        ASSERT_TRUE(memory.available()) << "no peak memory figures from /proc";
         EXPECT_LT(memory.growthKb(), kGrowthBoundKb);
         EXPECT_GE(elapsedMs, c.minMs);
         EXPECT_LE(elapsedMs, c.maxMs);
         const QJsonObject made = replyObject(reply);
         EXPECT_EQ(made.value("error").toInt(), c.errorCode) << reply.toStdString();
         if (c.qt) {
-            EXPECT_TRUE(logHas(tolvane::log::kMainLog, QString::fromUtf8(c.detail)));
+            EXPECT_TRUE(logContains(tolvane::log::kMainLog, QString::fromUtf8(c.detail)));
         } else {
             EXPECT_TRUE(made.value("data").toString().contains(c.detail)) << reply.toStdString();
-            EXPECT_TRUE(logHas(tolvane::log::kMainLog,
-                               QStringLiteral("cprGet error:") + QString::fromUtf8(reply)));
+            EXPECT_TRUE(logContains(tolvane::log::kMainLog,
+                                    QStringLiteral("cprGet error:") + QString::fromUtf8(reply)));
         }
     }
 }
@@ -193,7 +136,7 @@ TEST_F(HostileInputTest, UnreadableJsonIsRefusedByTheParser) {
         DataParser parser;
         std::string message;
         EXPECT_EQ(parser.parseUserInfoResult(reply, message), DataParser::kReplyNotJson);
-        EXPECT_TRUE(logHas(
+        EXPECT_TRUE(logContains(
             tolvane::log::kMainLog,
             QStringLiteral("parse data failed! errorCode:%1").arg(DataParser::kReplyNotJson)));
     }

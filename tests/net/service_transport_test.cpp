@@ -18,8 +18,7 @@ QJsonObject replyData(const QByteArray& reply) {
 // Every kind is checked against the request client itself; these show the service's wiring:
 // its session, its clock and its signature.
 TEST_F(ServiceTransport, DescribedRequestsCarryTheSession) {
-    std::string error, longToken;
-    ASSERT_EQ(service().login("anchor", "secret123", error, longToken), 0) << error;
+    login();
     for (const bool post : {false, true}) {
         RequestDescriptor request;
         request.kind = post ? 2 : 6;

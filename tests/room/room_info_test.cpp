@@ -186,13 +186,7 @@ TEST(EmotionListParse, WrappedAndBroken) {
     EXPECT_TRUE(parser.emotionWhiteList().empty());
 }
 
-class RoomService : public SimServiceTest {
-protected:
-    void login() {
-        std::string error, token;
-        ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
-    }
-};
+using RoomService = SimServiceTest;
 
 TEST_F(RoomService, RoomInformationReachesTheAccessors) {
     // Before any room is known nothing refers to one and the gift tables refuse to load.

@@ -50,9 +50,9 @@ QString describe(const tolvane::sim::SimRequest& request) {
 class OperationWire : public SimServiceTest {};
 
 TEST_F(OperationWire, RequestsMatchTheRecordedOnes) {
-    std::string error, token;
-    ASSERT_EQ(service().login("anchor", "secret123", error, token), 0) << error;
+    login();
     sim().http().requestLog().clear();
+    std::string error;
 
     // One call of every operation that builds its own request.
     ASSERT_TRUE(service().refreshUserInfo(error)) << error;  // profile, then the barrage start-up

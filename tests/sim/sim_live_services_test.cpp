@@ -41,24 +41,20 @@ protected:
     }
     std::string now(int skew = 0) { return std::to_string(sim_.state().nowSeconds() + skew); }
 
-    // A mobile API request: aid, time and auth travel as headers, the items as the form.
-    QJsonObject postMobile(const std::string& path, const Pairs& form, const std::string& time) {
-        const std::string signedText =
-            path + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form);
-        const Pairs headers = {{"aid", "vxtool"},
-                               {"client_sys", "pc"},
-                               {"time", time},
-                               {"auth", sign(signedText, false)}};
-        return post("/" + path, headers, form);
-    }
-    // An own-URL request: aid, time and auth in the query, the items as the form.
-    QJsonObject postOwnUrl(const std::string& path, const std::string& signingPath,
-                           const Pairs& form) {
-        const std::string time = now();
-        const std::string signedText =
-            signingPath + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form);
-        const Pairs query = {{"aid", "vxtool"}, {"time", time}, {"auth", sign(signedText, false)}};
-        return post(path + "?" + encodePairs(query), {}, form);
+    // A signed POST of the form: aid, time and auth travel as headers for a mobile API, in the
+    // query for an own-URL request.
+    QJsonObject signedPost(const std::string& path, const std::string& signingPath,
+                           const Pairs& form, bool inHeaders, int skew = 0) {
+        const std::string time = now(skew);
+        const std::string auth =
+            sign(signingPath + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form), false);
+        if (inHeaders) {
+            return post(path,
+                        {{"aid", "vxtool"}, {"client_sys", "pc"}, {"time", time}, {"auth", auth}},
+                        form);
+        }
+        return post(path + "?" + encodePairs({{"aid", "vxtool"}, {"time", time}, {"auth", auth}}),
+                    {}, form);
     }
     QJsonObject post(const std::string& target, const Pairs& headers, const Pairs& form) {
         httplib::Client client = clientFor(sim_.http().origin());
@@ -99,7 +95,8 @@ TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
         sim_.state().setLive(false);
-        const QJsonObject reply = postMobile("mgapi/livenc/anchor/startLive",
+        const std::string path = "mgapi/livenc/anchor/startLive";
+        const QJsonObject reply = signedPost("/" + path, path,
                                              {{"token", c.token},
                                               {"client_sys", "pc"},
                                               {"fms_val", c.fms},
@@ -109,7 +106,7 @@ TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
                                               {"is_third_party_obs", "0"},
                                               {"is_rtc", "0"},
                                               {"is_hdr", "0"}},
-                                             now(c.skew));
+                                             true, c.skew);
         EXPECT_EQ(reply.value("error").toInt(-1), c.error);
         EXPECT_EQ(sim_.state().live(), c.error == 0);
         if (c.error != 0) {
@@ -129,8 +126,8 @@ TEST_F(SimLiveServices, CloseLiveEndsTheShowForConnectedBarrageClients) {
     sim_.state().setLive(true);
 
     service.getToken(token);
-    const QJsonObject reply =
-        postMobile("mgapi/livenc/anchor/closeLive", {{"token", token}}, now());
+    const QJsonObject reply = signedPost("/mgapi/livenc/anchor/closeLive",
+                                         "mgapi/livenc/anchor/closeLive", {{"token", token}}, true);
     EXPECT_EQ(reply.value("error").toInt(-1), 0);
     EXPECT_FALSE(sim_.state().live());
     // Reason 1 (closed by the anchor) reaches the host as 0, without ban hours.
@@ -163,7 +160,7 @@ TEST_F(SimLiveServices, CategoryAndTagRefusals) {
     // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const QJsonObject reply = postOwnUrl(c.path, c.signingPath, c.form);
+        const QJsonObject reply = signedPost(c.path, c.signingPath, c.form, false);
         EXPECT_EQ(reply.value("error").toInt(-1), c.error);
         EXPECT_TRUE(reply.value(c.messageKey).isString());
     }

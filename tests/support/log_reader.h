@@ -23,3 +23,8 @@ inline QStringList readLogMessages(const QString& logName) {
 inline bool mainLogHas(const QString& line) {
     return readLogMessages(tolvane::log::kMainLog).contains(line);
 }
+
+// Whether a line of today's log contains the text anywhere.
+inline bool logContains(const QString& logName, const QString& text) {
+    return !readLogMessages(logName).filter(text).isEmpty();
+}
