@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "passport_client.h"
 #include "passport_reply.h"
 
 namespace {
@@ -72,15 +71,6 @@ TEST(PassportReply, QrCode) {
     untouched.code = "keep";
     EXPECT_EQ(readQrCodeReply(R"({"error":603,"data":"no"})", 200, untouched).errorCode, 603);
     EXPECT_EQ(untouched.code.toStdString(), "keep");
-}
-
-TEST(PassportReply, SignatureTextSortsTheForm) {
-    EXPECT_EQ(halyard::passportSignatureText("app/loginCheck2", "vxtool", 1000,
-                                             {{"secret", "p"}, {"name", "anchor"}})
-                  .toStdString(),
-              "app/loginCheck2?aid=vxtool&time=1000%s&name=anchor&secret=p");
-    EXPECT_EQ(halyard::passportSignatureText("scan/code", "vxtool", 5, {}).toStdString(),
-              "scan/code?aid=vxtool&time=5%s");
 }
 
 }  // namespace
