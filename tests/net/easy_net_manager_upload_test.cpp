@@ -92,6 +92,34 @@ TEST_F(EasyNetManagerUploadTest, PartsArriveIntactInOrderWithTheirNamesAndTypes)
     EXPECT_EQ(server.contentTypes().front().rfind("multipart/form-data; boundary=", 0), 0u);
 }
 
+// A quote, CR or LF in a part name or a file name (a screenshot may be called anything) is
+// escaped so that the part header keeps its shape: the server sees one part with the escaped
+// names, never a name cut short or a header of the caller's making.
+TEST_F(EasyNetManagerUploadTest, NamesCannotBreakThePartHeader) {
+    const struct {
+        FormPart part;
+        const char* name;
+        const char* filename;
+    } cases[] = {
+        {FormPart::text("a\"b", "t"), "a%22b", ""},
+        {FormPart::text("a\r\nX-Evil: 1", "t"), "a%0D%0AX-Evil: 1", ""},
+        {FormPart::file("feed_img", writeFile("say \"hi\".png", 3)), "feed_img",
+         "say %22hi%22.png"},
+        {FormPart::file("feed_img", writeFile("two\nlines.png", 3)), "feed_img", "two%0Alines.png"},
+    };
+    FormRecorder server;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        QByteArray reply;
+        ASSERT_TRUE(client_.postMultipart(QNetworkRequest(server.url()), {c.part}, reply, 5000))
+            << reply.toStdString();
+        const auto received = server.forms().back();
+        ASSERT_EQ(received.size(), 1u);
+        EXPECT_EQ(received[0].name, c.name);
+        EXPECT_EQ(received[0].filename, c.filename);
+    }
+}
+
 TEST_F(EasyNetManagerUploadTest, AFileThatCannotBeOpenedSendsNothing) {
     const QString image = writeFile("ok.png", 100);
     const QString missing = workspace_.path() + "/missing.png";
