@@ -2,7 +2,6 @@
 
 #include "support/vtable_slot.h"
 
-#include <QLibrary>
 #include <cstdint>
 #include <cstring>
 
@@ -64,20 +63,6 @@ TEST(InterfaceSlots, ListenerOperationsSitAtTheirSlots) {
     for (const SlotCase& c : cases) {
         EXPECT_EQ(c.vtableIndex, c.slot) << c.name;
     }
-}
-
-TEST(InterfaceSlots, LoadedLibraryAnswersThroughItsSlots) {
-    QLibrary library(QStringLiteral(TOLVANE_LIBRARY_PATH));
-    ASSERT_TRUE(library.load()) << library.errorString().toStdString();
-    auto create = reinterpret_cast<CreateNetServiceFunction>(library.resolve("CreateNetService"));
-    ASSERT_NE(create, nullptr);
-    ILiveencoderNetService* service = create(nullptr, nullptr);
-    ASSERT_NE(service, nullptr);
-    EXPECT_EQ(service->isAvailable(), 1);
-    EXPECT_STREQ(service->getAppId(), "vxtool");
-    EXPECT_EQ(service->getBizType(), 13);
-    service->stop();
-    service->release();
 }
 
 }  // namespace

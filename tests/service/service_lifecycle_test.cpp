@@ -58,6 +58,7 @@ TEST(ServiceLifecycle, OnlineCountIsNeverNegativeAndMemberCountIsKept) {
 
 TEST(ServiceLifecycle, SmallLifecycleOperations) {
     VxNetServiceImp service(nullptr, nullptr);
+    EXPECT_EQ(service.isAvailable(), 1);
     auto* addresses = new PushAddress[3];
     addresses[2].url = std::string(1000, 'u');  // a heap string that must be released too
     service.freeArray(addresses);
