@@ -257,16 +257,4 @@ TEST_F(RoomService, FailedGatewayLeavesTheRoomServers) {
     EXPECT_EQ(service().collectBarrageServers(servers), 220);
 }
 
-// The flags themselves are read as the parser tests show; the state request loads no room.
-TEST_F(RoomService, RoomStateFlags) {
-    login();
-    platform().setLive(true);
-    platform().setShowType(3);
-    bool live = false;
-    bool showType = false;
-    EXPECT_EQ(service().getRoomState(live, showType), 0);
-    EXPECT_TRUE(live && showType);
-    EXPECT_EQ(service().getRoomId(), -1);
-}
-
 }  // namespace
