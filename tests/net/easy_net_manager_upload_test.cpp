@@ -10,6 +10,7 @@
 
 #include "http/sim_http_server.h"
 #include "net/easy_net_manager.h"
+#include "net/form_part.h"
 #include "net/upload_test_servers.h"
 #include "support/log_reader.h"
 #include "support/peak_memory.h"
@@ -19,6 +20,7 @@
 namespace {
 
 using tolvane::log::kMainLog;
+using tolvane::net::contentDisposition;
 using tolvane::net::FormPart;
 using tolvane::sim::SimFault;
 using tolvane::sim::SimHttpServer;
@@ -107,6 +109,10 @@ TEST_F(EasyNetManagerUploadTest, NamesCannotBreakThePartHeader) {
          "say %22hi%22.png"},
         {FormPart::file("feed_img", writeFile("two\nlines.png", 3)), "feed_img", "two%0Alines.png"},
     };
+    // The header's own text, quotes and all, as the platform's upload service parses it.
+    EXPECT_EQ(
+        contentDisposition(FormPart::file("feed_img", writeFile("shot.png", 3))).toStdString(),
+        R"(form-data; name="feed_img"; filename="shot.png")");
     FormRecorder server;
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
