@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "barrage/barrage_texts.h"
+#include "listening_acceptor.h"
 #include "vxencoder/vx_decoder.h"
 #include "vxencoder/vx_frame.h"
 #include "vxencoder/vx_wire_names.h"
@@ -41,21 +42,7 @@ BarrageServer::~BarrageServer() {
 }
 
 bool BarrageServer::listen() {
-    std::error_code error;
-    const asio::ip::tcp::endpoint endpoint(asio::ip::make_address(host()), port_);
-    acceptor_.open(endpoint.protocol(), error);
-    if (!error) {
-        acceptor_.set_option(asio::ip::tcp::acceptor::reuse_address(true), error);
-    }
-    if (!error) {
-        acceptor_.bind(endpoint, error);
-    }
-    if (!error) {
-        acceptor_.listen(asio::socket_base::max_listen_connections, error);
-    }
-    if (error) {
-        std::error_code ignored;
-        acceptor_.close(ignored);
+    if (!tolvane::sim::listenOn(acceptor_, {asio::ip::make_address(host()), port_})) {
         return false;
     }
     if (port_ == 0) {

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "listening_acceptor.h"
 #include "relay/sim_relay_connection.h"
 
 namespace tolvane::sim {
@@ -20,18 +21,7 @@ bool SimRelay::start() {
     if (thread_.joinable()) {
         return false;
     }
-    std::error_code error;
-    const asio::ip::tcp::endpoint endpoint(asio::ip::make_address(host()), 0);
-    acceptor_.open(endpoint.protocol(), error);
-    if (!error) {
-        acceptor_.bind(endpoint, error);
-    }
-    if (!error) {
-        acceptor_.listen(asio::socket_base::max_listen_connections, error);
-    }
-    if (error) {
-        std::error_code ignored;
-        acceptor_.close(ignored);
+    if (!listenOn(acceptor_, {asio::ip::make_address(host()), 0})) {
         return false;
     }
     port_ = acceptor_.local_endpoint().port();
