@@ -104,10 +104,10 @@ BarrageMessage makeBarrageMessage(int32_t typeCode, const char* rawText,
     return message;
 }
 
-void fillBarrageMessage(BarrageMessage& message, int32_t typeCode, const char* rawText,
+void fillBarrageMessage(BarrageMessage& message, int32_t typeCode, std::string_view rawText,
                         const MessageHeader& header) {
     message.typeCode = typeCode;
-    message.rawText.assign(rawText);
+    message.rawText.assign(rawText.data(), rawText.size());
     message.typeName.assign(header.typeName, strnlen(header.typeName, sizeof header.typeName));
     message.headerAt12 = header.timestamp;
     message.headerAt8 = header.userId;
@@ -153,7 +153,12 @@ void VxRoomClient::handleMessage(const char* rawText) {
     const int32_t typeCode = decoder_->classify(rawText, &header);
     // Reused from message to message: only this thread delivers messages.
     BarrageMessage& message = received_;
-    tolvane::barrage::fillBarrageMessage(message, typeCode, rawText, header);
+    // A classified text has been measured already; only a refused one is measured again.
+    const std::string_view text =
+        typeCode != kMessageTypeInvalid && header.textLength < INT32_MAX
+            ? std::string_view(rawText, static_cast<std::size_t>(header.textLength))
+            : std::string_view(rawText);
+    tolvane::barrage::fillBarrageMessage(message, typeCode, text, header);
     switch (typeCode) {
         case kMessageTypeLoginReply:
             kicked_ = false;

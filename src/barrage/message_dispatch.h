@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "corvid/message_records.h"
 #include "tolvane/barrage_message.h"
@@ -40,7 +41,7 @@ int32_t mapShowEndReason(int32_t serverReason);
 BarrageMessage makeBarrageMessage(int32_t typeCode, const char* rawText,
                                   const MessageHeader& header);
 // The same into an existing message, whose strings keep their storage from the last one.
-void fillBarrageMessage(BarrageMessage& message, int32_t typeCode, const char* rawText,
+void fillBarrageMessage(BarrageMessage& message, int32_t typeCode, std::string_view rawText,
                         const MessageHeader& header);
 
 // Channel names the client asks for right after a login reply ("noble_num_info" twice, as

@@ -4,8 +4,9 @@
 
 namespace {
 
+// Views, so the lookup every message makes compares lengths before bytes, without strlen.
 struct TypeEntry {
-    const char* name;
+    std::string_view name;
     int32_t code;
 };
 
@@ -42,7 +43,7 @@ int32_t messageTypeCode(std::string_view typeName) {
 const char* messageTypeName(int32_t code) {
     for (const TypeEntry& entry : kTypes) {
         if (entry.code == code) {
-            return entry.name;
+            return entry.name.data();
         }
     }
     return nullptr;

@@ -219,7 +219,9 @@ void VxMessageClient::received(ServerConnection& connection, const char* payload
     // Only the type matters here; the module's decoder reads the rest.
     std::string type;
     vxDecoder::PeekFirst(std::string_view(payload, size), vxwire::kType, type);
-    if (type == vxwire::kLoginReply) {
+    // Compared as views: every message asks, and a compare with a C string measures it first.
+    const std::string_view typeView(type);
+    if (typeView == std::string_view(vxwire::kLoginReply)) {
         if (!loggedIn_) {
             loggedIn_ = true;
             loginTimer_.cancel();
@@ -228,7 +230,7 @@ void VxMessageClient::received(ServerConnection& connection, const char* payload
                                                      connection.port(), connection.elapsedMs());
         }
         callbacks_.repeaterServerLoginReply(payload);
-    } else if (type == vxwire::kKeepAlive) {
+    } else if (typeView == std::string_view(vxwire::kKeepAlive)) {
         unanswered_ = 0;
         if (callbacks_.keepAlive()) {
             return;

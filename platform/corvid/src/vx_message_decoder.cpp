@@ -178,6 +178,39 @@ int32_t VxMessageDecoder::rawInt32OrZero(std::string_view raw, bool escaped) {
     return result.ec == std::errc() && result.ptr == last ? value : 0;
 }
 
+namespace {
+
+// The header field a key fills, in the order of classify's field list, or -1. Every item of
+// every message asks, so the few header keys are told apart by length and bytes, not by a
+// string compare each.
+int headerFieldIndex(std::string_view key) {
+    static_assert(std::string_view(vxwire::kSequence) == "seq" &&
+                      std::string_view(vxwire::kRoomId) == "rid" &&
+                      std::string_view(vxwire::kUserId) == "uid" &&
+                      std::string_view(vxwire::kTimestamp) == "ts" &&
+                      std::string_view(vxwire::kLevel) == "lv",
+                  "the header keys changed");
+    if (key.size() == 2) {
+        if (key[0] == 't' && key[1] == 's') {
+            return 3;
+        }
+        return key[0] == 'l' && key[1] == 'v' ? 4 : -1;
+    }
+    if (key.size() != 3) {
+        return -1;
+    }
+    const char a = key[0], b = key[1], c = key[2];
+    if (a == 's' && b == 'e' && c == 'q') {
+        return 0;
+    }
+    if (b != 'i' || c != 'd') {
+        return -1;
+    }
+    return a == 'r' ? 1 : (a == 'u' ? 2 : -1);
+}
+
+}  // namespace
+
 int32_t VxMessageDecoder::classify(const char* message, MessageHeader* header) {
     if (header == nullptr) {
         return kMessageTypeInvalid;
@@ -188,15 +221,8 @@ int32_t VxMessageDecoder::classify(const char* message, MessageHeader* header) {
     }
     // Every message is classified, so this reads the text in place in one pass instead of
     // decoding every item into the item list.
-    struct HeaderField {
-        std::string_view key;
-        int32_t* field;
-    };
-    const HeaderField fields[] = {{vxwire::kSequence, &header->sequence},
-                                  {vxwire::kRoomId, &header->roomId},
-                                  {vxwire::kUserId, &header->userId},
-                                  {vxwire::kTimestamp, &header->timestamp},
-                                  {vxwire::kLevel, &header->level}};
+    int32_t* const fields[] = {&header->sequence, &header->roomId, &header->userId,
+                               &header->timestamp, &header->level};
     const std::string_view text(message);
     std::size_t count = 0;
     unsigned found = 0;
@@ -208,13 +234,18 @@ int32_t VxMessageDecoder::classify(const char* message, MessageHeader* header) {
             typeItem = item;
             return;
         }
-        // The first occurrence of a key counts, as in vxDecoder::Find.
-        for (unsigned i = 0; i < std::size(fields); ++i) {
-            if ((found & (1u << i)) == 0 && rawEquals(item.key, item.keyEscaped, fields[i].key)) {
-                found |= 1u << i;
-                *fields[i].field = rawInt32OrZero(item.value, item.valueEscaped);
-                break;
+        std::string_view key = item.key;
+        if (item.keyEscaped) {
+            if (!vxDecoder::Unescape(key, scratch_)) {
+                return;
             }
+            key = scratch_;
+        }
+        // The first occurrence of a key counts, as in vxDecoder::Find.
+        const int i = headerFieldIndex(key);
+        if (i >= 0 && (found & (1u << i)) == 0) {
+            found |= 1u << i;
+            *fields[i] = rawInt32OrZero(item.value, item.valueEscaped);
         }
     });
     if (!wellFormed || !typed) {

@@ -76,6 +76,18 @@ inline void find(std::string_view span, bool& assign, bool& escape) {
     escape = std::memchr(span.data(), '\\', span.size()) != nullptr;
 }
 
+// Whether a raw span holds c, with the same byte loop for short spans.
+inline bool contains(std::string_view span, char c) {
+    if (span.size() <= 16) {
+        bool found = false;
+        for (const char each : span) {
+            found |= each == c;
+        }
+        return found;
+    }
+    return std::memchr(span.data(), c, span.size()) != nullptr;
+}
+
 }  // namespace vxscan
 
 template <typename Visit>
@@ -83,6 +95,9 @@ bool vxDecoder::Scan(std::string_view text, Visit&& visit) {
     // Items are split at the raw ";" and "=" first, since escaped text holds neither; only a
     // key or value that holds a "\" is then read escape by escape.
     const char* const base = text.data();
+    // Most texts hold no escape at all: one search of the whole text spares every key and
+    // value its own.
+    const bool anyEscape = !text.empty() && std::memchr(base, '\\', text.size()) != nullptr;
     std::size_t start = 0;
     while (start < text.size()) {
         const char* end =
@@ -100,8 +115,12 @@ bool vxDecoder::Scan(std::string_view text, Visit&& visit) {
         item.value = std::string_view(assign + 1, static_cast<std::size_t>(end - assign - 1));
         bool keyAssign = false;
         bool valueAssign = false;
-        vxscan::find(item.key, keyAssign, item.keyEscaped);
-        vxscan::find(item.value, valueAssign, item.valueEscaped);
+        if (anyEscape) {
+            vxscan::find(item.key, keyAssign, item.keyEscaped);
+            vxscan::find(item.value, valueAssign, item.valueEscaped);
+        } else {
+            valueAssign = vxscan::contains(item.value, '=');
+        }
         if (valueAssign || (item.keyEscaped && !WellEscaped(item.key)) ||
             (item.valueEscaped && !WellEscaped(item.value))) {
             return false;
