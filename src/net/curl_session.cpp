@@ -7,7 +7,7 @@
 #include <string>
 #include <utility>
 
-#include "net/operation_abort.h"
+#include "tolvane_config/operation_abort.h"
 
 namespace tolvane::net {
 namespace {

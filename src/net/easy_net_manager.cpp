@@ -14,7 +14,7 @@
 #include <memory>
 
 #include "log/log_writer.h"
-#include "net/operation_abort.h"
+#include "tolvane_config/operation_abort.h"
 #include "tolvane_config/send_once_device.h"
 
 using tolvane::log::kMainLog;
@@ -166,14 +166,7 @@ bool EasyNetManager::sendBlocking(QNetworkAccessManager::Operation operation,
     // the flag is looked at while waiting.
     const tolvane::net::OperationAbort abandon;
     QTimer abandonCheck;
-    if (abandon.watched()) {
-        connect(&abandonCheck, &QTimer::timeout, &loop, [&] {
-            if (abandon.requested()) {
-                loop.quit();
-            }
-        });
-        abandonCheck.start(20);
-    }
+    abandon.quitOnRequest(loop, abandonCheck);
 
     const bool isPost = operation == QNetworkAccessManager::PostOperation;
     QNetworkReply* pending = dispatch(manager, withTrust(request));

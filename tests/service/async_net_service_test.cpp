@@ -228,6 +228,31 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsTheRunningOperationAndDropsTheRest)
     EXPECT_FALSE(happened("slow answered"));
 }
 
+// A login runs through the login library, not the module's clients: it is abandoned all the same.
+TEST_F(AsyncNetServiceTest, DestructionAbortsALoginHeldByThePassport) {
+    workspace_.writeDefaultData(
+        QByteArray::fromStdString(R"({"endpoints": {"origin": ")" + server_.origin() + "\"}}"));
+    server_.setFault("/app/loginCheck2", SimFault::delay(kHeldMs));
+    auto net = std::make_unique<AsyncNetService>(&createRecorded, nullptr, nullptr);
+    net->post([this](ILiveencoderNetService& service) {
+        record("login started");
+        std::string message, longToken;
+        const int32_t code = service.login("anchor", "secret123", message, longToken);
+        record("login ended " + std::to_string(code));
+        return code;
+    });
+    ASSERT_TRUE(spinUntil([&] { return happened("login started"); }));
+    QThread::msleep(100);  // the request is on its way to the held route
+    QElapsedTimer elapsed;
+    elapsed.start();
+    {
+        Watchdog watchdog("~AsyncNetService while a login ran");
+        net.reset();
+    }
+    EXPECT_LT(elapsed.elapsed(), 1000) << "the login library's transfer was waited out";
+    EXPECT_EQ(events(), (std::vector<std::string>{"login started", "login ended 210"}));
+}
+
 TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellation) {
     AsyncNetService net(&createRecorded, nullptr, nullptr);
     QObject context;

@@ -16,6 +16,7 @@
 #include "halyard/auth_code.h"
 #include "halyard/client_setup.h"
 #include "tolvane_config/default_data.h"
+#include "tolvane_config/operation_abort.h"
 #include "tolvane_config/send_once_device.h"
 
 namespace halyard {
@@ -122,8 +123,14 @@ PassportAnswer postToPassport(const QString& path, const FormItems& form, int ti
     auto* body = tolvane::net::SendOnceDevice::fromBytes(formBody(items));
     QNetworkReply* reply = manager.post(request, body);
     body->setParent(reply);
+    // The owner of this thread may abandon the call (a host closing), as it may the module's.
+    const tolvane::net::OperationAbort abandon;
+    QTimer abandonCheck;
+    abandon.quitOnRequest(loop, abandonCheck);
     timer.start(timeoutMs);
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    if (!abandon.requested()) {
+        loop.exec(QEventLoop::ExcludeUserInputEvents);
+    }
 
     PassportAnswer answer;
     if (reply->isFinished()) {

@@ -1,6 +1,8 @@
-#include "net/operation_abort.h"
+#include "tolvane_config/operation_abort.h"
 
+#include <QEventLoop>
 #include <QThread>
+#include <QTimer>
 #include <QVariant>
 
 #include "tolvane/operation_abort.h"
@@ -12,6 +14,18 @@ OperationAbort::OperationAbort() {
     if (flag.isValid()) {
         flag_ = static_cast<const std::atomic<bool>*>(flag.value<void*>());
     }
+}
+
+void OperationAbort::quitOnRequest(QEventLoop& loop, QTimer& check) const {
+    if (!watched()) {
+        return;
+    }
+    QObject::connect(&check, &QTimer::timeout, &loop, [this, &loop] {
+        if (requested()) {
+            loop.quit();
+        }
+    });
+    check.start(20);
 }
 
 }  // namespace tolvane::net
