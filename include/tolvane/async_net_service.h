@@ -301,6 +301,13 @@ private:
 
     // On the service thread, once per posted ticket; a ticket cancelled meanwhile is skipped.
     void runNext(QEventLoop& loop) {
+        if (inTask_) {
+            // A local event loop of the running operation (the login library's, the Qt
+            // client's) delivered this event: its ticket keeps its place and gets an event of its
+            // own once the operation has returned, so a release never runs under an operation.
+            ++deferred_;
+            return;
+        }
         Task task;
         ILiveencoderNetService* service = nullptr;
         {
@@ -324,10 +331,15 @@ private:
             }
         }
         if (task.run) {
+            inTask_ = true;
             task.run(*service);
+            inTask_ = false;
             std::lock_guard<std::mutex> lock(mutex_);
             runningTicket_ = kReleaseTicket;
             runningSilence_ = nullptr;
+            for (; deferred_ > 0; --deferred_) {
+                QCoreApplication::postEvent(target_, new QEvent(QEvent::User));
+            }
         } else {
             if (service != nullptr) {
                 service->stop();
@@ -350,6 +362,9 @@ private:
     quint64 lastTicket_ = 0;
     quint64 runningTicket_ = kReleaseTicket;  // none
     std::function<bool()> runningSilence_;
+    // Service thread only: an operation is running, and how many ticket events arrived meanwhile.
+    bool inTask_ = false;
+    int deferred_ = 0;
     // Read by the module on the service thread; raised by cancel() and the destructor, lowered
     // before each operation.
     std::atomic<bool> abort_{false};
