@@ -10,6 +10,7 @@
 
 #include "parse/reply_texts.h"
 #include "support/log_reader.h"
+#include "support/replies.h"
 #include "support/scoped_env.h"
 
 namespace {
@@ -77,6 +78,15 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
             expected.push_back(std::string("srcData: ") + c.body);
         }
         EXPECT_EQ(lines, expected) << c.body;
+    }
+    // Whatever a hostile server sends that no JSON reader takes is one refusal, never a crash.
+    const QByteArray deep = QByteArray(100000, '[') + QByteArray(100000, ']');
+    for (const QByteArray& data :
+         {QByteArray("\"a\xff\xfe\xc3(\""), QByteArray("\"\xc0\xaf\""), deep}) {
+        DataParser parser;
+        QJsonObject root;
+        EXPECT_EQ(parser.parseReplyEnvelope(okReply(data), root, "error", "data"),
+                  DataParser::kReplyNotJson);
     }
 }
 
