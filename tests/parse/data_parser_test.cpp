@@ -12,6 +12,7 @@
 #include "support/log_reader.h"
 #include "support/replies.h"
 #include "support/scoped_env.h"
+#include "tolvane/result_codes.h"
 
 namespace {
 
@@ -46,8 +47,8 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
     };
     const Case cases[] = {
         {R"({"error":0})", 0, "", {}},
-        {R"({"error":"0","data":"x"})", -1003, "x", {}},
-        {R"({"error":1.5,"data":"m"})", -1000, "m", {}},
+        {R"({"error":"0","data":"x"})", tolvane::kResultReplyCodeNotNumber, "x", {}},
+        {R"({"error":1.5,"data":"m"})", tolvane::kResultReplyNotJson, "m", {}},
         {R"({"error":1e2,"data":"m"})", 100, "m", {}},
         {R"({"error":99999999999,"data":"big"})", -1000, "big", {}},
         {R"({"error":-2147483648,"data":"min"})", -2147483647 - 1, "min", {}},
@@ -60,8 +61,8 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
          {"parse data failed! 'data' value is not String"}},
         {R"({"error":7,"data":123})", 7, "123", {}},
         {"<html><body>502 Bad Gateway</body></html>", -1000, noMessage, {missing("data")}},
-        {"[1,2]", -1001, noMessage, {missing("data")}},
-        {R"({"data":"no code"})", -1002, "no code", {}},
+        {"[1,2]", tolvane::kResultReplyNotObject, noMessage, {missing("data")}},
+        {R"({"data":"no code"})", tolvane::kResultReplyWithoutCode, "no code", {}},
     };
     for (const Case& c : cases) {
         DataParser parser;
@@ -86,7 +87,7 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
         DataParser parser;
         QJsonObject root;
         EXPECT_EQ(parser.parseReplyEnvelope(okReply(data), root, "error", "data"),
-                  DataParser::kReplyNotJson);
+                  tolvane::kResultReplyNotJson);
     }
 }
 
@@ -104,14 +105,22 @@ TEST(DataParserEnvelope, KeysAreArgumentsAndRootKeepsThePayload) {
     EXPECT_EQ(root.value("data").toObject().value("n").toInt(), 3);
 }
 
-// Codes the table does not know pass through unchanged and leave a log line.
+// Codes the table does not know pass through unchanged and leave a log line. Hosts compare
+// results with the published names, so the table is read through them.
 TEST(DataParserMapping, TableRowsAndUnknownCodes) {
+    using namespace tolvane;
+    // clang-format off
     const std::pair<int, int> known[] = {
-        {603, 214},    {101, 215}, {102, 216},    {604, 217}, {608, 217}, {605, 218}, {606, 220},
-        {607, 221},    {10, 222},  {613, 225},    {609, 226}, {612, 219}, {9, 223},   {120012, 227},
-        {130014, 228}, {618, 232}, {130018, 233}, {-5, -5},   {-1, -1},   {0, 0},     {1, 1},
-        {81, 81},      {201, 201}, {210, 210},    {224, 224}, {233, 233},
+        {603, kResultLoginRefused},         {101, kResultPlatform101},  {102, kResultPlatform102},
+        {604, kResultLiveRefused},          {608, kResultLiveRefused},  {605, kResultPlatform605},
+        {606, kResultSessionExpired},       {607, kResultSessionEnded}, {10, kResultPlatform10},
+        {613, kResultQrCodeInvalid},        {609, kResultWrongSmsCode}, {612, kResultPlatform612},
+        {9, kResultVerificationNeeded},     {618, kResultPlatform618},  {0, kResultOk},
+        {120012, kResultLongTokenExpired},  {130014, kResultRemoteLoginNeeded},
+        {130018, kResultQrCodeWaiting},     {-5, -5}, {-1, -1}, {1, 1}, {81, 81}, {201, 201},
+        {210, 210}, {224, 224}, {233, 233},
     };
+    // clang-format on
     for (const auto& [server, host] : known) {
         int mapped = 0;
         EXPECT_EQ(loggedBy([&] { mapped = DataParser::mapServerErrorCode(server); }), Lines());
