@@ -2,8 +2,6 @@
 
 #include <QCryptographicHash>
 #include <QFile>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QNetworkReply>
 #include <QRandomGenerator>
 #include <algorithm>

@@ -5,7 +5,6 @@
 #include <QString>
 #include <QTcpServer>
 #include <QTemporaryDir>
-#include <QThread>
 
 // A tinyproxy of the test's own on a free loopback port, logging every request it forwards
 // into the test's temporary folder. Stopped (by its own process id) when destroyed.
