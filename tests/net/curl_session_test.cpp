@@ -48,27 +48,9 @@ TEST(CurlSession, KeepsItsConnectionAndTlsSessionBetweenRequests) {
     }
 }
 
-namespace {
-
-struct HangUpCase {
-    const char* name;
-    bool post;
-    long status;  // 0: the call fails
-    CprErrorCode error;
-    std::size_t timesSeen;
-};
-
 // The server reads the request and hangs up on a connection kept from an earlier request, which
 // makes libcurl send the request again on a new connection. The fault is one-shot, so a resend
 // would be answered.
-const HangUpCase kHangUps[] = {
-    // A POST may have changed something on the server: it never goes out twice.
-    {"Post", true, 0, CprErrorCode::REQUEST_CANCELLED, 1},
-    {"Get", false, 200, CprErrorCode::OK, 2},
-};
-
-}  // namespace
-
 TEST(CurlSession, ResendsAGetButNeverAPostAfterTheServerHungUp) {
     tolvane::sim::SimCertificateAuthority authority;
     ASSERT_TRUE(authority.isValid());
@@ -76,28 +58,38 @@ TEST(CurlSession, ResendsAGetButNeverAPostAfterTheServerHungUp) {
     ASSERT_TRUE(server.start());
     ASSERT_TRUE(server.startHttps(authority.trustedIdentity()));
 
-    for (const HangUpCase& c : kHangUps) {
+    const struct {
+        const char* name;
+        bool post;
+        long status;  // 0: the call fails
+        CprErrorCode error;
+        std::size_t timesSeen;
+    } cases[] = {
+        // A POST may have changed something on the server: it never goes out twice.
+        {"Post", true, 0, CprErrorCode::REQUEST_CANCELLED, 1},
+        {"Get", false, 200, CprErrorCode::OK, 2},
+    };
+    for (const auto& c : cases) {
         for (const std::string& origin : {server.httpOrigin(), server.httpsOrigin()}) {
-            const std::string where = std::string(c.name) + " " + origin;
+            SCOPED_TRACE(std::string(c.name) + " " + origin);
             CurlSession session;
             session.setCaFile(authority.caFile());
             session.setTimeoutMs(5000);
             session.setUrl(origin + "/sim/echo/none");
-            ASSERT_EQ(session.get().statusCode, 200) << where;
+            ASSERT_EQ(session.get().statusCode, 200);
 
             server.setFault("/sim/echo/query", SimFault::closeBeforeReply().oneShot());
             const std::size_t seenBefore = server.requestLog().to("/sim/echo/query").size();
             session.setUrl(origin + "/sim/echo/query");
             session.setBody("n=1");
             const auto faulted = c.post ? session.post() : session.get();
-            EXPECT_EQ(faulted.statusCode, c.status) << where;
-            EXPECT_EQ(faulted.errorCode, c.error) << where << ": " << faulted.errorMessage;
-            EXPECT_EQ(server.requestLog().to("/sim/echo/query").size() - seenBefore, c.timesSeen)
-                << where;
+            EXPECT_EQ(faulted.statusCode, c.status);
+            EXPECT_EQ(faulted.errorCode, c.error) << faulted.errorMessage;
+            EXPECT_EQ(server.requestLog().to("/sim/echo/query").size() - seenBefore, c.timesSeen);
 
             // The session is not left broken.
             const auto next = session.post();
-            EXPECT_EQ(next.statusCode, 200) << where << ": " << next.errorMessage;
+            EXPECT_EQ(next.statusCode, 200) << next.errorMessage;
         }
     }
 }
