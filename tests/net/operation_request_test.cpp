@@ -48,55 +48,47 @@ TEST(OperationRequest, PlacesAndSignsItems) {
         ParamList expectedForm;
         ParamList expectedHeaders;
         QString signatureText;
-        bool live;
+        int environment = 0;  // any but 0 signs the mobile kinds with the test secret
     };
     // clang-format off
     const Case cases[] = {
         {"host GET", signedGet, "http://127.0.0.1:4000/api/v1/x", items + common, {}, referer,
-         "s?aid=vxtool&tag_id=3&time=1700&token=T%s", false},
+         "s?aid=vxtool&tag_id=3&time=1700&token=T%s"},
         {"host POST", signedPost, "http://127.0.0.1:4000/api/v1/x", common, items, referer,
-         "s?aid=vxtool&time=1700%s&tag_id=3&token=T", false},
+         "s?aid=vxtool&time=1700%s&tag_id=3&token=T"},
         {"host POST with client_sys", signedPost.withClientSys(), "http://127.0.0.1:4000/api/v1/x",
          {{"aid", "vxtool"}, {"client_sys", "pc"}, {"time", "1700"}, {"auth", ""}}, items, referer,
-         "s?aid=vxtool&client_sys=pc&time=1700%s&tag_id=3&token=T", false},
+         "s?aid=vxtool&client_sys=pc&time=1700%s&tag_id=3&token=T"},
         {"host header signature", signedPost.withHeaderSignature(), "http://127.0.0.1:4000/api/v1/x",
-         common, items, referer + common, "s?aid=vxtool&time=1700%s&tag_id=3&token=T", false},
+         common, items, referer + common, "s?aid=vxtool&time=1700%s&tag_id=3&token=T"},
         {"host unsigned GET", hostRow("x", get, HostKind::WebConfig, "/f.json", nullptr),
-         "http://127.0.0.1:4000/f.json", items, {}, referer, "", false},
+         "http://127.0.0.1:4000/f.json", items, {}, referer, ""},
         {"host unsigned POST", hostRow("x", post, HostKind::ContentApi, "/api/v1/x", nullptr),
-         "http://127.0.0.1:4000/api/v1/x", {}, items, referer, "", false},
+         "http://127.0.0.1:4000/api/v1/x", {}, items, referer, ""},
         // Kind 2 signs its query group and keeps the own items in the body.
         {"base query", baseRow("x", post, BaseKind::ContentV1, "my_room"),
          "http://127.0.0.1:4000/api/v1/my_room", common, items, referer,
-         "my_room?aid=vxtool&time=1700%s&tag_id=3&token=T", false},
+         "my_room?aid=vxtool&time=1700%s&tag_id=3&token=T"},
         // Kind 6 signs aid and time of its header group with the form; no token header.
         {"base headers, production", mobile3.withClientSys(), "http://127.0.0.1:4000/m/x", {}, items,
          referer + ParamList{{"aid", "vxtool"}, {"client_sys", "pc"}, {"time", "1700"}, {"auth", ""}},
-         "m/x?aid=vxtool&time=1700%s&tag_id=3&token=T", false},
+         "m/x?aid=vxtool&time=1700%s&tag_id=3&token=T"},
+        {"base headers, test environment", mobile3, "http://127.0.0.1:4000/m/x", {}, items,
+         referer + ParamList{{"aid", "vxtool"}, {"time", "1700"}, {"auth", ""}},
+         "m/x?aid=vxtool&time=1700%s&tag_id=3&token=T", 7},
     };
     // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
-        const PreparedRequest request =
-            prepareOperation(c.row, items, commonAt(1700), simulatorEndpoints(), 0, referer);
-        const QString auth =
-            c.signatureText.isEmpty() ? QString() : expectedAuth(c.signatureText, c.live);
+        const PreparedRequest request = prepareOperation(
+            c.row, items, commonAt(1700), simulatorEndpoints(), c.environment, referer);
+        const QString auth = c.signatureText.isEmpty()
+                                 ? QString()
+                                 : expectedAuth(c.signatureText, c.environment != 0);
         EXPECT_EQ(request.url, c.url);
         EXPECT_EQ(request.query, withAuth(c.expectedQuery, auth));
         EXPECT_EQ(request.form, c.expectedForm);
         EXPECT_EQ(request.headers, withAuth(c.expectedHeaders, auth));
-    }
-}
-
-TEST(OperationRequest, MobileKindsUseTheTestSecretOutsideProduction) {
-    const OperationRow row =
-        baseRow("x", HttpMethod::Post, BaseKind::Mobile3, "m/x").commonIn(CommonPlacement::Headers);
-    for (const int environment : {0, 2, 7}) {
-        SCOPED_TRACE(environment);
-        const PreparedRequest request =
-            prepareOperation(row, {}, commonAt(5), simulatorEndpoints(), environment);
-        EXPECT_EQ(valueOf(request.headers, "auth"),
-                  expectedAuth("m/x?aid=vxtool&time=5%s", environment != 0));
     }
 }
 

@@ -45,6 +45,7 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
         std::string message;
         Lines leadingLines;  // written before "errorCode" and "srcData"
     };
+    // clang-format off
     const Case cases[] = {
         {R"({"error":0})", 0, "", {}},
         {R"({"error":"0","data":"x"})", tolvane::kResultReplyCodeNotNumber, "x", {}},
@@ -55,15 +56,14 @@ TEST(DataParserEnvelope, CodesMessagesAndLogLines) {
         {R"({"error":603,"data":"坏"})", 603, u8"坏", {}},
         {R"({"error":603,"data":""})", 603, noMessage, {}},
         {R"({"error":603})", 603, noMessage, {missing("data")}},
-        {R"({"error":603,"data":{"x":1}})",
-         603,
-         noMessage,
+        {R"({"error":603,"data":{"x":1}})", 603, noMessage,
          {"parse data failed! 'data' value is not String"}},
         {R"({"error":7,"data":123})", 7, "123", {}},
         {"<html><body>502 Bad Gateway</body></html>", -1000, noMessage, {missing("data")}},
         {"[1,2]", tolvane::kResultReplyNotObject, noMessage, {missing("data")}},
         {R"({"data":"no code"})", tolvane::kResultReplyWithoutCode, "no code", {}},
     };
+    // clang-format on
     for (const Case& c : cases) {
         DataParser parser;
         QJsonObject root;
@@ -242,17 +242,17 @@ TEST(DataParserIntValue, Cases) {
         int out;      // starts as -7
         Lines lines;  // after the banner
     };
+    // clang-format off
     const Case cases[] = {
         {R"({"error":0,"data":{"count":12}})", 0, 12, {}},
         {R"({"error":0,"data":{"count":"12"}})", 0, 12, {}},
         {R"({"error":0,"data":{}})", 0, 0, {missing("count")}},
         {R"({"error":0,"data":[1]})", 1, -7, {"parse data failed! 'data' value is not Object"}},
-        {R"({"error":0})", 1, -7, {missing("data")}},
-        {R"({"error":603,"data":"x"})",
-         214,
-         -7,
+        {R"({"error":603,"data":"x"})", 214, -7,
          {"parse data failed! errorCode:603", R"(srcData: {"error":603,"data":"x"})"}},
+        {R"({"error":0})", 1, -7, {missing("data")}},
     };
+    // clang-format on
     for (const Case& c : cases) {
         DataParser parser;
         int out = -7;
