@@ -1,19 +1,23 @@
 #include <gtest/gtest.h>
+#include <httplib.h>
 
 #include <QCryptographicHash>
 #include <QFile>
 #include <QNetworkReply>
 #include <QRandomGenerator>
 #include <algorithm>
+#include <mutex>
+#include <thread>
+#include <tuple>
 
 #include "http/sim_http_server.h"
 #include "net/easy_net_manager.h"
 #include "net/form_part.h"
-#include "net/upload_test_servers.h"
 #include "support/log_reader.h"
 #include "support/peak_memory.h"
 #include "support/replies.h"
 #include "support/scoped_env.h"
+#include "support/wait.h"
 
 namespace {
 
@@ -22,6 +26,84 @@ using tolvane::net::contentDisposition;
 using tolvane::net::FormPart;
 using tolvane::sim::SimFault;
 using tolvane::sim::SimHttpServer;
+
+// One part of a multipart/form-data body as it arrived; the content only as its hash.
+struct ReceivedPart {
+    std::string name;
+    std::string filename;
+    std::string contentType;
+    QByteArray sha256;
+
+    bool operator==(const ReceivedPart& other) const {
+        return std::tie(name, filename, contentType, sha256) ==
+               std::tie(other.name, other.filename, other.contentType, other.sha256);
+    }
+};
+
+inline void PrintTo(const ReceivedPart& part, std::ostream* os) {
+    *os << '{' << part.name << ", " << part.filename << ", " << part.contentType << ", "
+        << part.sha256.toHex().left(12).toStdString() << '}';
+}
+
+// Reads multipart/form-data POSTs to /upload as they stream in, hashing each part instead of
+// keeping it, so that the server neither loses a part's headers nor holds an upload in memory.
+class FormRecorder {
+public:
+    FormRecorder() {
+        server_.Post("/upload", [this](const httplib::Request& request, httplib::Response& response,
+                                       const httplib::ContentReader& read) {
+            std::vector<ReceivedPart> parts;
+            QCryptographicHash hash(QCryptographicHash::Sha256);
+            const auto finishPart = [&] {
+                if (!parts.empty()) {
+                    parts.back().sha256 = hash.result();
+                    hash.reset();
+                }
+            };
+            read(
+                [&](const httplib::MultipartFormData& header) {
+                    finishPart();
+                    parts.push_back({header.name, header.filename, header.content_type, {}});
+                    return true;
+                },
+                [&](const char* data, size_t length) {
+                    hash.addData(data, static_cast<int>(length));
+                    return true;
+                });
+            finishPart();
+            const std::lock_guard<std::mutex> lock(mutex_);
+            contentTypes_.push_back(request.get_header_value("Content-Type"));
+            forms_.push_back(std::move(parts));
+            response.set_content("{\"error\":0}", "application/json");
+        });
+        port_ = server_.bind_to_any_port("127.0.0.1");
+        thread_ = std::thread([this] { server_.listen_after_bind(); });
+        EXPECT_TRUE(waitUntil([this] { return server_.is_running(); }))
+            << "the recorder's listener";
+    }
+    ~FormRecorder() {
+        server_.stop();
+        thread_.join();
+    }
+
+    QUrl url() const { return QUrl(QStringLiteral("http://127.0.0.1:%1/upload").arg(port_)); }
+    std::vector<std::vector<ReceivedPart>> forms() const {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return forms_;
+    }
+    std::vector<std::string> contentTypes() const {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        return contentTypes_;
+    }
+
+private:
+    httplib::Server server_;
+    std::thread thread_;
+    int port_ = 0;
+    mutable std::mutex mutex_;
+    std::vector<std::vector<ReceivedPart>> forms_;
+    std::vector<std::string> contentTypes_;
+};
 
 class EasyNetManagerUploadTest : public ::testing::Test {
 protected:
@@ -60,25 +142,24 @@ TEST_F(EasyNetManagerUploadTest, PartsArriveIntactInOrderWithTheirNamesAndTypes)
         std::string filename;
         std::string contentType;
     };
-    const QString shot = writeFile("shot.PNG", 3 << 20);
-    const QString photo = writeFile("photo.jpeg", 2 << 20);
-    // clang-format off
+    const auto file = [this](const char* name, const QString& fileName, qint64 size = 3) {
+        return FormPart::file(name, writeFile(fileName, size));
+    };
     const Case cases[] = {
         {FormPart::text("token", "abc"), "token", "", ""},
         {FormPart::text("content", "卡顿 & a=b; \"quoted\"\r\nnext line"), "content", "", ""},
-        {FormPart::file("feed_img", shot), "feed_img", "shot.PNG", "image/png"},
-        {FormPart::file("feed_img", photo), "feed_img", "photo.jpeg", "image/jpeg"},
-        {FormPart::file("feed_img", writeFile("thumb.jpg", 1000)), "feed_img", "thumb.jpg", "image/jpeg"},
-        {FormPart::file("log", writeFile("notes.txt", 10)), "log", "notes.txt", "application/octet-stream"},
+        {file("feed_img", "shot.PNG", 3 << 20), "feed_img", "shot.PNG", "image/png"},
+        {file("feed_img", "photo.jpeg", 2 << 20), "feed_img", "photo.jpeg", "image/jpeg"},
+        {file("feed_img", "thumb.jpg", 1000), "feed_img", "thumb.jpg", "image/jpeg"},
+        {file("log", "notes.txt"), "log", "notes.txt", "application/octet-stream"},
         {FormPart::text("empty", ""), "empty", "", ""},
         {FormPart::text("a\"b", "t"), "a%22b", "", ""},
         {FormPart::text("a\r\nX-Evil: 1", "t"), "a%0D%0AX-Evil: 1", "", ""},
-        {FormPart::file("img", writeFile("say \"hi\".png", 3)), "img", "say %22hi%22.png", "image/png"},
-        {FormPart::file("img", writeFile("two\nlines.png", 3)), "img", "two%0Alines.png", "image/png"},
+        {file("img", "say \"hi\".png"), "img", "say %22hi%22.png", "image/png"},
+        {file("img", "two\nlines.png"), "img", "two%0Alines.png", "image/png"},
     };
-    // clang-format on
     // The header's own text, quotes and all, as the platform's upload service parses it.
-    EXPECT_EQ(contentDisposition(FormPart::file("feed_img", shot)).toStdString(),
+    EXPECT_EQ(contentDisposition(cases[2].part).toStdString(),
               R"(form-data; name="feed_img"; filename="shot.PNG")");
     std::vector<FormPart> parts;
     std::vector<ReceivedPart> expected;
@@ -102,7 +183,7 @@ TEST_F(EasyNetManagerUploadTest, PartsArriveIntactInOrderWithTheirNamesAndTypes)
 }
 
 TEST_F(EasyNetManagerUploadTest, AFileThatCannotBeOpenedSendsNothing) {
-    const QString image = writeFile("ok.png", 100);
+    const QString good = writeFile("ok.png", 100);
     const QString missing = workspace_.path() + "/missing.png";
     struct Case {
         const char* what;
@@ -110,12 +191,10 @@ TEST_F(EasyNetManagerUploadTest, AFileThatCannotBeOpenedSendsNothing) {
         QString unopened;
     };
     const Case cases[] = {
-        {"missing file",
-         {FormPart::text("token", "abc"), FormPart::file("feed_img", missing)},
-         missing},
-        {"a directory", {FormPart::file("feed_img", workspace_.path())}, workspace_.path()},
-        {"after a good file",
-         {FormPart::file("feed_img", image), FormPart::file("feed_img", missing)},
+        {"missing file", {FormPart::text("token", "abc"), FormPart::file("img", missing)}, missing},
+        {"a directory", {FormPart::file("img", workspace_.path())}, workspace_.path()},
+        {"after a good one",
+         {FormPart::file("img", good), FormPart::file("img", missing)},
          missing},
     };
     FormRecorder server;
