@@ -33,9 +33,8 @@ TEST(HostileInputTest, BrokenTransfersFailWithTheirCodeAndLogLine) {
     IsolatedWorkspace workspace;
     tolvane::sim::SimHttpServer server;
     ASSERT_TRUE(server.start());
-    workspace.writeDefaultData(QStringLiteral(R"({"app.domain": 1, "endpoints": {"origin": "%1"}})")
-                                   .arg(QString::fromStdString(server.httpOrigin()))
-                                   .toUtf8());
+    workspace.writeDefaultData(R"({"app.domain": 1, "endpoints": {"origin": ")" +
+                               QByteArray::fromStdString(server.httpOrigin()) + "\"}}");
     server.setEnvironment(1);
     VxNetRequest request(1, nullptr, nullptr);
     const std::string okBody = R"({"error":0,"data":{"nickname":"anchor"}})";

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <QJsonDocument>
 #include <QJsonObject>
 #include <memory>
 #include <vector>
@@ -47,10 +46,8 @@ protected:
 
     // A client of the environment whose every address points at the origin.
     std::unique_ptr<VxNetRequest> client(int environment, const std::string& origin) {
-        QJsonObject endpoints{{"origin", QString::fromStdString(origin)}};
-        workspace_.writeDefaultData(
-            QJsonDocument(QJsonObject{{"app.domain", environment}, {"endpoints", endpoints}})
-                .toJson());
+        workspace_.writeDefaultData("{\"app.domain\": " + QByteArray::number(environment) +
+                                    R"(, "endpoints": {"origin": ")" + origin.c_str() + "\"}}");
         server_.setEnvironment(environment);
         return std::make_unique<VxNetRequest>(environment, &sink_, nullptr);
     }
