@@ -1,5 +1,4 @@
-// Feeds arbitrary bytes to everything that reads a received barrage text: the key/value
-// decoder and every operation of the message decoder.
+// Arbitrary bytes for everything that reads a received barrage text.
 #include <charconv>
 #include <cstddef>
 #include <cstdint>

@@ -77,8 +77,7 @@ void parseAsEnvelope(DataParser& parser, const QByteArray& bytes) {
 void parseAsPushLines(DataParser& parser, const QByteArray& bytes) {
     PushAddress* lines = nullptr;
     PushAddress* h265 = nullptr;
-    int32_t count = 0;
-    int32_t h265Count = 0;
+    int32_t count = 0, h265Count = 0;
     parser.parseAllRtmpAddressResult(bytes, lines, count, h265, h265Count);
     // An empty H.265 list is handed out as an array of size 0, so only "no array" fixes a count.
     check((lines != nullptr || count == 0) && (h265 != nullptr || h265Count == 0));
@@ -95,8 +94,7 @@ void parseAsPushLines(DataParser& parser, const QByteArray& bytes) {
 
 void parseAsCategories(DataParser& parser, const QByteArray& bytes) {
     std::string message;
-    std::vector<CategoryNode> tree;
-    std::vector<CategoryNode> suggestions;
+    std::vector<CategoryNode> tree, suggestions;
     parser.parseGetClassifyListResult(bytes, message, tree, suggestions);
     parser.parseGetClassifyListExtResult(bytes, message, tree);
     int32_t hasIcon = 0;
@@ -107,8 +105,7 @@ void parseAsCategories(DataParser& parser, const QByteArray& bytes) {
 }
 
 void parseAsAccount(DataParser& parser, const QByteArray& bytes) {
-    std::string message;
-    std::string longToken;
+    std::string message, longToken;
     ShortTokenInfo token;
     parser.parseLoginResult(bytes, message, longToken, token);
     parser.parseUserInfoResult(bytes, message);
@@ -124,8 +121,7 @@ void parseAsRoom(DataParser& parser, const QByteArray& bytes) {
     parser.parseGatewayResult(bytes, message, servers);
     // Server lists are only ever appended to.
     check(servers.size() >= roomServers);
-    bool live = false;
-    bool showType = false;
+    bool live = false, showType = false;
     parser.parseIsRoomBroadcastingResult(bytes, live, showType);
     parser.parseEmotionSeiyClassifyList(bytes);
 }
@@ -136,8 +132,7 @@ void parseAsAnchorQueries(DataParser& parser, const QByteArray& bytes) {
     AnchorCardUser user;
     AnchorCardLevel level;
     parser.parseAnchorHeadHoverInfo(bytes, user, level);
-    std::string remark;
-    std::string url;
+    std::string remark, url;
     parser.parseCustomerServiceEntry(bytes, remark, url);
 }
 

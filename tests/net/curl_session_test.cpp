@@ -48,9 +48,7 @@ TEST(CurlSession, KeepsItsConnectionAndTlsSessionBetweenRequests) {
     }
 }
 
-// The server reads the request and hangs up on a connection kept from an earlier request, which
-// makes libcurl send the request again on a new connection. The fault is one-shot, so a resend
-// would be answered.
+// A hang-up on a kept connection makes libcurl resend, and the one-shot fault answers a resend.
 TEST(CurlSession, ResendsAGetButNeverAPostAfterTheServerHungUp) {
     tolvane::sim::SimCertificateAuthority authority;
     ASSERT_TRUE(authority.isValid());
@@ -109,7 +107,7 @@ TEST(CurlSession, FollowsRedirectsOfAPost) {
     const int port = server.bind_to_any_port("127.0.0.1");
     ASSERT_GT(port, 0);
     std::thread listener([&server] { server.listen_after_bind(); });
-    waitUntil([&server] { return server.is_running(); });
+    EXPECT_TRUE(waitUntil([&server] { return server.is_running(); })) << "the redirecting server";
     {
         CurlSession session;
         session.setTimeoutMs(5000);

@@ -130,8 +130,7 @@ TEST_F(EasyNetManagerTest, PostSendsAFormAndLogsItsOwnErrorLine) {
                            "url:" + server_.url("/status/500").toString(), "body-500"}));
 }
 
-// The handler runs once, on its receiver's thread, never from inside the call, and never once
-// its receiver or the client is gone.
+// The handler runs once, later, on its receiver's thread, and never once that or the client ends.
 TEST_F(EasyNetManagerTest, AsyncHandlerRunsExactlyOnceWhileItsReceiverLives) {
     enum class End { Nothing, Receiver, Client };
     struct Case {

@@ -45,8 +45,7 @@ inline void PrintTo(const ReceivedPart& part, std::ostream* os) {
         << part.sha256.toHex().left(12).toStdString() << '}';
 }
 
-// Reads multipart/form-data POSTs to /upload as they stream in, hashing each part instead of
-// keeping it, so that the server neither loses a part's headers nor holds an upload in memory.
+// Hashes each part of a form POSTed to /upload as it streams in, so no upload is held in memory.
 class FormRecorder {
 public:
     FormRecorder() {
@@ -132,9 +131,7 @@ protected:
     EasyNetManager client_;
 };
 
-// A quote, CR or LF in a part name or a file name (a screenshot may be called anything) is
-// escaped so that the part header keeps its shape: the server sees the escaped names, never a
-// name cut short or a header of the caller's making.
+// Quotes, CR and LF in part and file names are escaped, so a name can never forge a header.
 TEST_F(EasyNetManagerUploadTest, PartsArriveIntactInOrderWithTheirNamesAndTypes) {
     struct Case {
         FormPart part;
@@ -212,8 +209,7 @@ TEST_F(EasyNetManagerUploadTest, AFileThatCannotBeOpenedSendsNothing) {
     EXPECT_TRUE(server.forms().empty());
 }
 
-// The server reads the request and closes the connection without answering: Qt would send the
-// request again on a new connection, which for a POST would be a second upload.
+// Hung up on without a reply, Qt would resend the request: for a POST, a second upload.
 TEST_F(EasyNetManagerUploadTest, APostIsNeverSentTwice) {
     const QString image = writeFile("shot.png", 200000);
     struct Case {

@@ -1,5 +1,5 @@
-// What a misbehaving server can send, against both request clients: each case must end in its
-// result code and its log line, in bounded time and memory.
+// A misbehaving server must leave either client with a result code and a log line, in bounded
+// time and memory.
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
@@ -27,8 +27,6 @@ constexpr long kGrowthBoundKb = 160 * 1024;
 constexpr long kGrowthBoundKb = 64 * 1024;
 #endif
 
-// The request client serves the operations; the Qt client the host's own GET and POST slots
-// and the uploads.
 TEST(HostileInputTest, BrokenTransfersFailWithTheirCodeAndLogLine) {
     IsolatedWorkspace workspace;
     tolvane::sim::SimHttpServer server;

@@ -19,9 +19,7 @@ namespace {
 
 using tolvane::sim::SimFault;
 
-// The owner of a thread raises its abort flag while a Qt transfer waits there for a reply the
-// simulator holds back: the call returns unanswered at once, not at its time-out. The libcurl
-// client's abort is seen through the service's cancel and destruction.
+// The thread's abort flag ends a Qt transfer the server holds at once, not at its time-out.
 TEST(OperationAbort, TheThreadsOwnerEndsATransferHeldByTheServer) {
     IsolatedWorkspace workspace;
     tolvane::sim::SimHttpServer server;

@@ -20,8 +20,7 @@ CurlResponse responseOf(long status, std::string body, CprErrorCode error = CprE
 
 }  // namespace
 
-// Below 400 the body passes byte for byte, even when it is not UTF-8; failures get a made-up
-// envelope.
+// Below 400 the body passes byte for byte, even non-UTF-8; failures get a made-up envelope.
 TEST(ReplyCheck, PassesTheBodyOrMakesUpTheEnvelope) {
     const QByteArray body = "{\"error\":0,\"data\":\"中\xff\"}";
     const struct {

@@ -22,8 +22,7 @@ using tolvane::sim::SimFault;
 using tolvane::sim::SimHttpServer;
 using tolvane::sim::SimTlsIdentity;
 
-// Every client of the module against the simulator's HTTPS, each certificate from the one
-// authority the clients are told to trust: only the good certificate may carry a request.
+// Every client against the simulator's HTTPS: only the trusted certificate carries a request.
 TEST(TlsRefusal, EveryClientRefusesABadCertificate) {
     SimCertificateAuthority authority;
     ASSERT_TRUE(authority.isValid());

@@ -65,8 +65,7 @@ protected:
     RecordingSink sink_;
 };
 
-// A status below 400 passes the body; any other status or a failed transfer gives a made-up
-// reply, and each request leaves one breadcrumb.
+// Any status from 400 or a failed transfer gives a made-up reply; each leaves one breadcrumb.
 TEST_F(VxNetRequestTest, StatusOrTransportDecidesTheReply) {
     const std::string here = server_.httpOrigin();
     const struct {
@@ -195,8 +194,7 @@ TEST_F(VxNetRequestTest, EverySigningKindIsAcceptedAndCarriesItsGroups) {
     }
 }
 
-// Through a proxy (the simulator plays one) every request goes there in proxy form, even to a
-// host the client could never reach itself; cleared, the client goes direct again.
+// The simulator plays the proxy for a host the client could never reach itself.
 TEST_F(VxNetRequestTest, ProxyCarriesEveryRequestUntilCleared) {
     const std::string target = "http://" + kUnresolvableHost;
     auto request = client(1, target);

@@ -105,8 +105,7 @@ TEST(DataParserEnvelope, KeysAreArgumentsAndRootKeepsThePayload) {
     EXPECT_EQ(root.value("data").toObject().value("n").toInt(), 3);
 }
 
-// Codes the table does not know pass through unchanged and leave a log line. Hosts compare
-// results with the published names, so the table is read through them.
+// Unknown codes pass unchanged with a log line; the table reads through the published names.
 TEST(DataParserMapping, TableRowsAndUnknownCodes) {
     using namespace tolvane;
     // clang-format off

@@ -1,5 +1,4 @@
-// Hosts compare results with the published names, so each name must hold what the module
-// returns; the parser's codes are read through the names in its own tests.
+// Hosts compare results with the published names; the parser's codes are checked in its tests.
 #include "tolvane/result_codes.h"
 
 #include <gtest/gtest.h>
