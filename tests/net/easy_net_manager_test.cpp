@@ -42,21 +42,6 @@ public:
     QUrl url(const QString& path) const { return QUrl(QString::fromStdString(origin()) + path); }
 };
 
-// Counts the handler's runs and keeps the last body and the thread it ran on.
-struct HandlerProbe {
-    std::atomic<int> calls{0};
-    QByteArray body;
-    QThread* thread = nullptr;
-
-    EasyNetManager::ReplyHandler handler() {
-        return [this](const QByteArray& reply) {
-            body = reply;
-            thread = QThread::currentThread();
-            ++calls;
-        };
-    }
-};
-
 class EasyNetManagerTest : public ::testing::Test {
 protected:
     QNetworkRequest request(const QString& path) const {
@@ -162,24 +147,29 @@ TEST_F(EasyNetManagerTest, AsyncHandlerRunsExactlyOnceWhileItsReceiverLives) {
             worker.start();
             receiver->moveToThread(&worker);
         }
-        HandlerProbe probe;
-        client.getAsync(request(c.path), receiver.get(), probe.handler(), c.timeoutMs);
-        EXPECT_EQ(probe.calls.load(), 0);
+        std::atomic<int> calls{0};
+        QByteArray body;
+        QThread* thread = nullptr;
+        const auto handler = [&](const QByteArray& reply) {
+            body = reply;
+            thread = QThread::currentThread();
+            ++calls;
+        };
+        client.getAsync(request(c.path), receiver.get(), handler, c.timeoutMs);
+        EXPECT_EQ(calls.load(), 0);
         if (c.end == End::Client) {
             client.stop();
         } else if (c.end == End::Receiver) {
             receiver.reset();
         } else {
-            ASSERT_TRUE(waitUntil([&] { return probe.calls.load() > 0; }, c.timeoutMs + 1000));
+            ASSERT_TRUE(waitUntil([&] { return calls.load() > 0; }, c.timeoutMs + 1000));
         }
         spinEvents(200);  // room for a completion that must not come
         worker.quit();
         worker.wait();
-        EXPECT_EQ(probe.calls.load(), c.calls);
-        EXPECT_EQ(probe.body, c.body);
-        EXPECT_EQ(probe.thread, !c.calls     ? nullptr
-                                : c.onWorker ? &worker
-                                             : QThread::currentThread());
+        EXPECT_EQ(calls.load(), c.calls);
+        EXPECT_EQ(body, c.body);
+        EXPECT_EQ(thread, !c.calls ? nullptr : c.onWorker ? &worker : QThread::currentThread());
     }
 }
 
