@@ -31,10 +31,9 @@ TEST(HostileInputTest, BrokenTransfersFailWithTheirCodeAndLogLine) {
     IsolatedWorkspace workspace;
     tolvane::sim::SimHttpServer server;
     ASSERT_TRUE(server.start());
-    workspace.writeDefaultData(R"({"app.domain": 1, "endpoints": {"origin": ")" +
+    workspace.writeDefaultData(R"({"endpoints": {"origin": ")" +
                                QByteArray::fromStdString(server.httpOrigin()) + "\"}}");
-    server.setEnvironment(1);
-    VxNetRequest request(1, nullptr, nullptr);
+    VxNetRequest request(0, nullptr, nullptr);
     const std::string okBody = R"({"error":0,"data":{"nickname":"anchor"}})";
     struct Case {
         const char* name;

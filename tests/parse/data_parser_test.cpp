@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QJsonDocument>
 #include <QStringList>
 #include <functional>
 #include <string>
@@ -27,10 +26,6 @@ Lines loggedBy(const std::function<void()>& action) {
         lines.push_back(line.toStdString());
     }
     return lines;
-}
-
-QJsonObject objectOf(const char* json) {
-    return QJsonDocument::fromJson(json).object();
 }
 
 std::string missing(const std::string& key) {
@@ -156,11 +151,12 @@ TEST(DataParserReaders, EveryReaderOverEveryKindOfValue) {
         {R"({"a":1})", "7", 7, 7.5, "SIDA"},
         {nullptr, "7", 7, 7.5, ""},
     };
-    const QJsonObject sentinel = objectOf(R"({"untouched":true})");
+    const QJsonObject sentinel = replyObject(R"({"untouched":true})");
     for (const ReaderCase& c : cases) {
         const std::string label = c.value ? c.value : "(absent)";
         const QJsonObject object =
-            c.value ? objectOf((std::string(R"({"k":)") + c.value + "}").c_str()) : QJsonObject();
+            c.value ? replyObject((std::string(R"({"k":)") + c.value + "}").c_str())
+                    : QJsonObject();
         const bool isObject = c.value && object.value("k").isObject();
         const bool isArray = c.value && object.value("k").isArray();
         QJsonObject outObject = sentinel;
