@@ -11,14 +11,11 @@
 #include "platform/sim_anchor_query_service.h"
 #include "support/parse_rows.h"
 #include "support/replies.h"
-#include "support/scoped_env.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
 
 using tolvane::sim::SimFault;
-using tolvane::sim::SimPairs;
-using tolvane::sim::SimRequest;
 
 TEST(AnchorQueriesParse, HoverCardReadsBothPartsAndKeepsWhatIsMissing) {
     const std::string untouched = "kept|||0|0|||0 kept|0|0|0|0||0||0";

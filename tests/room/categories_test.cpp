@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <QStringList>
+#include <tuple>
 
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
 #include "support/parse_rows.h"
 #include "support/replies.h"
-#include "support/scoped_env.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
@@ -109,7 +109,10 @@ TEST_F(CategoryService, PickedCategoryIsWhatTagsAndTreeAreAskedFor) {
     EXPECT_EQ(tree[0].children[0].children.size(), 2u);  // Chess: Blitz, Rapid
     EXPECT_EQ(tree[0].children[0].children[0].parentId, 12);
     EXPECT_EQ(names(suggestions), "Games,Music");
-    EXPECT_EQ(lastRequestTo("/api/videoPartner/getAllCateInfo").formValue("cate2_id"), "0");
+    const auto asked = lastRequestTo("/api/videoPartner/getAllCateInfo");
+    // Related categories always, the vertical ones never.
+    EXPECT_EQ(asked.formValue("cate2_id") + asked.param("relate") + asked.param("isShowVertical"),
+              "010");
 
     // A refused pair keeps the current category and brings the platform's message.
     EXPECT_NE(service().setLiveClassify(12, 999, message), 0);
@@ -180,17 +183,29 @@ TEST_F(CategoryService, GameReportAndPartnerList) {
     EXPECT_EQ(partner[0].parentId, 1);
 }
 
-// No other answer changes the category that tags are asked for.
-TEST_F(CategoryService, AnUnansweredPickKeepsTheCategory) {
-    sim().http().setFault("/livenc/liveTool/updateCate", SimFault::httpStatus(502));
-    std::string message, group;
-    EXPECT_EQ(service().setLiveClassify(201, 2011, message), 210);
-    sim().http().clearFaults();
-    bool hasTags = true;
-    int32_t hasIcon = 0;
-    std::vector<CategoryNode> tags;
-    EXPECT_EQ(service().getLiveTags(hasTags, hasIcon, group, tags, message), 0);
-    EXPECT_EQ(lastRequestTo("/api/videoPartner/getCidTagList").formValue("cid"), "0");
+// Neither a refusal nor no answer changes the category that tags are asked for.
+TEST_F(CategoryService, AnUnansweredOrRefusedPickKeepsTheCategory) {
+    const std::tuple<SimFault, int32_t, const char*> cases[] = {
+        {SimFault::httpStatus(502), 210, nullptr},
+        // The refusal's message is the one under "msg".
+        {SimFault::httpStatus(200, R"({"error":4101,"msg":"no such","data":"x"})"), 4101,
+         "no such"},
+    };
+    for (const auto& [fault, result, expected] : cases) {
+        SCOPED_TRACE(result);
+        sim().http().setFault("/livenc/liveTool/updateCate", fault);
+        std::string message, group;
+        EXPECT_EQ(service().setLiveClassify(201, 2011, message), result);
+        if (expected != nullptr) {
+            EXPECT_EQ(message, expected);
+        }
+        sim().http().clearFaults();
+        bool hasTags = true;
+        int32_t hasIcon = 0;
+        std::vector<CategoryNode> tags;
+        EXPECT_EQ(service().getLiveTags(hasTags, hasIcon, group, tags, message), 0);
+        EXPECT_EQ(lastRequestTo("/api/videoPartner/getCidTagList").formValue("cid"), "0");
+    }
 }
 
 }  // namespace

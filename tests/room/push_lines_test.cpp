@@ -1,20 +1,18 @@
 #include <gtest/gtest.h>
 
 #include <QStringList>
-#include <memory>
 #include <thread>
+#include <tuple>
 
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
 #include "support/log_reader.h"
 #include "support/replies.h"
-#include "support/scoped_env.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
 
 using tolvane::sim::SimFault;
-using tolvane::sim::SimLineListShape;
 using tolvane::sim::SimLineRefusal;
 using tolvane::sim::SimRoomLines;
 
@@ -186,13 +184,6 @@ struct HandedOutLines {
         service_.freeArray(main);
         service_.freeArray(h265);
     }
-    std::vector<std::pair<int, std::string>> list(const PushAddress* lines, int32_t n) const {
-        std::vector<std::pair<int, std::string>> out;
-        for (int32_t i = 0; lines != nullptr && i < n; ++i) {
-            out.emplace_back(lines[i].id, lines[i].url);
-        }
-        return out;
-    }
     PushAddress* main = nullptr;
     int32_t mainCount = 0;
     PushAddress* h265 = nullptr;
@@ -218,15 +209,13 @@ protected:
 TEST_F(LiveService, GoesLiveOnAHandedOutLineAndCloses) {
     HandedOutLines lines(service());
     ASSERT_EQ(fetchLines(lines), 0);
-    using Lines = std::vector<std::pair<int, std::string>>;
-    const Lines main = lines.list(lines.main, lines.mainCount);
-    ASSERT_EQ(main.size(), 3u);
-    EXPECT_EQ(main[0], (std::pair<int, std::string>{3, kMainLine3}));
-    EXPECT_EQ(lines.list(lines.h265, lines.h265Count).size(), 2u);
+    ASSERT_EQ(lines.mainCount, 3);
+    EXPECT_EQ(linesText(lines.main, 1), kMainLine3 + "#3");
+    EXPECT_EQ(lines.h265Count, 2);
     std::vector<PushAddress> copy;
     EXPECT_TRUE(service().getRtmpAddressList(copy));
-    ASSERT_EQ(copy.size(), 3u);
-    EXPECT_EQ(copy[2].id, main[2].first);
+    EXPECT_EQ(linesText(copy.data(), static_cast<int32_t>(copy.size())),
+              linesText(lines.main, lines.mainCount));
 
     // An address the platform never handed out is refused before anything is sent.
     EXPECT_EQ(service().open_live_room("rtmp://elsewhere.example/live/x"), 1);
@@ -292,25 +281,14 @@ TEST_F(LiveService, CategoryAndModuleAreSentOnlyWhenSet) {
     }
 }
 
-// Every reply shape is the parser tests'; here, the service's line for a refusal, and the H.265
-// lines starting the show when no plain list came.
-TEST_F(LiveService, RefusedOrH265OnlyLists) {
+// Reply shapes are the parser tests'; here, the service's code and log line for a refusal.
+TEST_F(LiveService, RefusedListIsLoggedWithItsPath) {
     platform().liveState().update(kAnchorRoom, [](SimRoomLines& room) {
         room.refusal = SimLineRefusal::roomClosed("maintenance", "2030-01-01 08:00", 1.5);
     });
-    {
-        HandedOutLines lines(service());
-        EXPECT_EQ(fetchLines(lines), 217);
-    }
-    EXPECT_TRUE(mainLogHas("error Url: mgapi/livenc/anchor/getRtMpList"));
-    platform().liveState().update(kAnchorRoom, [](SimRoomLines& room) {
-        room.refusal = SimLineRefusal();
-        room.list = room.listSort = SimLineListShape::Absent;
-    });
     HandedOutLines lines(service());
-    EXPECT_EQ(fetchLines(lines), 0);
-    EXPECT_EQ(lines.mainCount, 0);
-    EXPECT_EQ(service().open_live_room(kH265Line12), 0);
+    EXPECT_EQ(fetchLines(lines), 217);
+    EXPECT_TRUE(mainLogHas("error Url: mgapi/livenc/anchor/getRtMpList"));
 }
 
 TEST_F(LiveService, RoomPushAddressJoinsTheLines) {
@@ -351,8 +329,21 @@ TEST_F(LiveService, StartIsSentOnceWhenTheConnectionDiesUnanswered) {
 TEST_F(LiveService, ExpiredSessionRefreshesTheProfileExceptOnClose) {
     HandedOutLines lines(service());
     ASSERT_EQ(fetchLines(lines), 0);
-    service().logout();
     const auto profileRequests = [this] { return requestsTo("/api/v1/my_info").size(); };
+    // Starting on a known line: 606 and 607 refresh the profile, any other refusal does not.
+    const std::tuple<const char*, int32_t, std::size_t> starts[] = {
+        {R"({"error":606,"data":"expired"})", 220, 1},
+        {R"({"error":607,"data":"expired elsewhere"})", 221, 1},
+        {R"({"error":603,"data":"refused"})", 214, 0},
+    };
+    for (const auto& [reply, result, refreshes] : starts) {
+        sim().http().setFault(kStartLive, SimFault::httpStatus(200, reply));
+        const std::size_t before = profileRequests();
+        EXPECT_EQ(service().open_live_room(kMainLine3), result) << reply;
+        EXPECT_EQ(profileRequests(), before + refreshes) << reply;
+    }
+    sim().http().clearFaults();
+    service().logout();
     struct Case {
         const char* name;
         std::function<int32_t()> call;

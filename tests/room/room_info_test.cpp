@@ -2,18 +2,15 @@
 
 #include <QStringList>
 
-#include "barrage/barrage_server.h"
 #include "parse/data_parser.h"
 #include "support/log_reader.h"
 #include "support/parse_rows.h"
 #include "support/replies.h"
-#include "support/scoped_env.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
 
 using tolvane::sim::SimFault;
-using tolvane::sim::SimServerAddress;
 
 QString listText(const QList<ServerAddress>& servers) {
     QStringList parts;

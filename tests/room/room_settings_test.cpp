@@ -8,7 +8,6 @@
 #include "support/log_reader.h"
 #include "support/parse_rows.h"
 #include "support/replies.h"
-#include "support/scoped_env.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
