@@ -201,13 +201,11 @@ TEST_F(RoomService, RoomInformationReachesTheAccessors) {
     EXPECT_EQ(service().loadGiftTables(), 0);
     RoomSummary room;
     service().getRoomRecord(room);
-    EXPECT_EQ(room.roomId, 880001);
+    EXPECT_EQ(std::to_string(room.roomId) + "|" + room.roomName + "|" + room.gameName + "|" +
+                  room.childName + "|" + std::to_string(room.roomFlag) + "|" +
+                  std::to_string(room.cateId),
+              "880001|Lantern's late show|Chess|Blitz|0|12");
     EXPECT_EQ(room.roomUrl, sim().environment().origin() + "/880001");
-    EXPECT_EQ(room.roomName, "Lantern's late show");
-    EXPECT_EQ(room.gameName, "Chess");
-    EXPECT_EQ(room.childName, "Blitz");
-    EXPECT_EQ(room.roomFlag, 0);
-    EXPECT_EQ(room.cateId, 12);
     std::string url;
     EXPECT_TRUE(service().getRoomUrl(url));
     EXPECT_EQ(url, room.roomUrl);
@@ -217,36 +215,31 @@ TEST_F(RoomService, RoomInformationReachesTheAccessors) {
     EXPECT_EQ(service().getRoomId(), -1);
 }
 
+// The gateway's servers come first; a gateway that fails in any way leaves the room's alone.
 TEST_F(RoomService, GatewayServersComeBeforeRoomServers) {
     platform().setGatewayServers({{"127.0.0.1", 7001}, {"127.0.0.1", 7002}});
     platform().setRoomServers({{"127.0.0.2", 8001}});
     platform().setEmotionWhiteList({5, 6});
     login();
-
-    QList<ServerAddress> servers{{QStringLiteral("10.9.9.9"), 1}};  // replaced, not kept
-    EXPECT_EQ(service().collectBarrageServers(servers), 0);
-    EXPECT_EQ(listText(servers), "127.0.0.1|7001,127.0.0.1|7002,127.0.0.2|8001");
+    const std::pair<SimFault, QString> cases[] = {
+        {SimFault(), "127.0.0.1|7001,127.0.0.1|7002,127.0.0.2|8001"},
+        {SimFault::httpStatus(500), "127.0.0.2|8001"},
+        {SimFault::malformed(), "127.0.0.2|8001"},
+        {SimFault::dropConnection(), "127.0.0.2|8001"},
+        {SimFault::httpStatus(200, R"({"error":603,"data":"busy"})"), "127.0.0.2|8001"},
+    };
+    for (const auto& [fault, expected] : cases) {
+        sim().http().setFault("/lapi/live/gateway/client2", fault);
+        QList<ServerAddress> servers{{QStringLiteral("10.9.9.9"), 1}};  // replaced, not kept
+        EXPECT_EQ(service().collectBarrageServers(servers), 0);
+        EXPECT_EQ(listText(servers), expected);
+    }
+    EXPECT_TRUE(mainLogHas(QStringLiteral(R"(result data : {"error":603,"data":"busy"})")));
     std::vector<CategoryNode> whiteList;
     service().getStoredList(whiteList);
     ASSERT_EQ(whiteList.size(), 2u);
     EXPECT_EQ(whiteList[0].id, 5);
     EXPECT_EQ(whiteList[1].id, 6);
-}
-
-TEST_F(RoomService, FailedGatewayLeavesTheRoomServers) {
-    platform().setGatewayServers({{"127.0.0.1", 7001}});
-    platform().setRoomServers({{"127.0.0.2", 8001}});
-    login();
-    const SimFault faults[] = {SimFault::httpStatus(500), SimFault::malformed(),
-                               SimFault::dropConnection(),
-                               SimFault::httpStatus(200, R"({"error":603,"data":"busy"})")};
-    for (const SimFault& fault : faults) {
-        sim().http().setFault("/lapi/live/gateway/client2", fault);
-        QList<ServerAddress> servers;
-        EXPECT_EQ(service().collectBarrageServers(servers), 0);
-        EXPECT_EQ(listText(servers), "127.0.0.2|8001");
-    }
-    EXPECT_TRUE(mainLogHas(QStringLiteral(R"(result data : {"error":603,"data":"busy"})")));
 
     // Without a session the room information fails, and so does the whole collection.
     service().logout();
