@@ -19,19 +19,29 @@ using tolvane::sim::SimRoomLines;
 const std::string kDataError = tolvane::kReplyDataErrorText;
 const std::string kNoMessage = tolvane::kReplyNoMessageText;
 
-// The arrays of one call, freed the way the host frees them.
+// The arrays of one call, freed the way a host frees them: through the service that handed them
+// out, or with delete[] when they came straight from the parser.
 struct HandedOut {
-    PushAddress* lines = nullptr;
-    int32_t count = 0;
-    PushAddress* h265 = nullptr;
-    int32_t h265Count = 0;
+    explicit HandedOut(VxNetServiceImp* service = nullptr) : service(service) {}
     ~HandedOut() {
-        delete[] lines;
-        delete[] h265;
+        for (PushAddress* array : {lines, h265}) {
+            if (service != nullptr) {
+                service->freeArray(array);
+            } else {
+                delete[] array;
+            }
+        }
     }
     int parse(DataParser& parser, const QByteArray& reply) {
         return parser.parseAllRtmpAddressResult(reply, lines, count, h265, h265Count);
     }
+    int32_t fetch() { return service->get_all_rtmp_addresses(lines, count, h265, h265Count); }
+
+    VxNetServiceImp* service;
+    PushAddress* lines = nullptr;
+    int32_t count = 0;
+    PushAddress* h265 = nullptr;
+    int32_t h265Count = 0;
 };
 
 // "url#id" of every element, "unset" when no array was handed out.
@@ -177,28 +187,8 @@ const char kStartLive[] = "/mgapi/livenc/anchor/startLive";
 const std::string kMainLine3 = "rtmp://push-c.tolvane.example/live/880001_c3?key=9f1e";
 const std::string kH265Line12 = "rtmp://push-h.tolvane.example/live265/880001_h12?key=d00d";
 
-// The arrays the service hands out, released the way a host releases them.
-struct HandedOutLines {
-    explicit HandedOutLines(VxNetServiceImp& service) : service_(service) {}
-    ~HandedOutLines() {
-        service_.freeArray(main);
-        service_.freeArray(h265);
-    }
-    PushAddress* main = nullptr;
-    int32_t mainCount = 0;
-    PushAddress* h265 = nullptr;
-    int32_t h265Count = 0;
-
-private:
-    VxNetServiceImp& service_;
-};
-
 class LiveService : public LoggedInSimServiceTest {
 protected:
-    int32_t fetchLines(HandedOutLines& lines) {
-        return service().get_all_rtmp_addresses(lines.main, lines.mainCount, lines.h265,
-                                                lines.h265Count);
-    }
     bool roomIsLive() {
         bool live = false, showType = false;
         EXPECT_EQ(service().getRoomState(live, showType), 0);
@@ -207,15 +197,15 @@ protected:
 };
 
 TEST_F(LiveService, GoesLiveOnAHandedOutLineAndCloses) {
-    HandedOutLines lines(service());
-    ASSERT_EQ(fetchLines(lines), 0);
-    ASSERT_EQ(lines.mainCount, 3);
-    EXPECT_EQ(linesText(lines.main, 1), kMainLine3 + "#3");
+    HandedOut lines(&service());
+    ASSERT_EQ(lines.fetch(), 0);
+    ASSERT_EQ(lines.count, 3);
+    EXPECT_EQ(linesText(lines.lines, 1), kMainLine3 + "#3");
     EXPECT_EQ(lines.h265Count, 2);
     std::vector<PushAddress> copy;
     EXPECT_TRUE(service().getRtmpAddressList(copy));
     EXPECT_EQ(linesText(copy.data(), static_cast<int32_t>(copy.size())),
-              linesText(lines.main, lines.mainCount));
+              linesText(lines.lines, lines.count));
 
     // An address the platform never handed out is refused before anything is sent.
     EXPECT_EQ(service().open_live_room("rtmp://elsewhere.example/live/x"), 1);
@@ -255,7 +245,6 @@ TEST_F(LiveService, CategoryAndModuleAreSentOnlyWhenSet) {
         {0, 0, 7, 0, "||7|"},
         {12, 0, 7, 0, "12|0|7|"},
     };
-    HandedOutLines lines(service());
     for (const Case& c : cases) {
         SCOPED_TRACE(c.expected);
         LiveParameters parameters;
@@ -264,10 +253,8 @@ TEST_F(LiveService, CategoryAndModuleAreSentOnlyWhenSet) {
         parameters.module_id = c.moduleId;
         parameters.is_audio = c.isAudio;
         service().setLiveParameters(parameters);
-        service().freeArray(lines.main);
-        service().freeArray(lines.h265);
-        lines.main = lines.h265 = nullptr;
-        ASSERT_EQ(fetchLines(lines), 0);
+        HandedOut lines(&service());
+        ASSERT_EQ(lines.fetch(), 0);
         ASSERT_EQ(service().open_live_room(kMainLine3), 0);
         const auto sent = requestsTo(kStartLive).back();
         const auto asked = platform().liveState().lastLineRequest(kAnchorRoom);
@@ -286,8 +273,8 @@ TEST_F(LiveService, RefusedListIsLoggedWithItsPath) {
     platform().liveState().update(kAnchorRoom, [](SimRoomLines& room) {
         room.refusal = SimLineRefusal::roomClosed("maintenance", "2030-01-01 08:00", 1.5);
     });
-    HandedOutLines lines(service());
-    EXPECT_EQ(fetchLines(lines), 217);
+    HandedOut lines(&service());
+    EXPECT_EQ(lines.fetch(), 217);
     EXPECT_TRUE(mainLogHas("error Url: mgapi/livenc/anchor/getRtMpList"));
 }
 
@@ -299,8 +286,8 @@ TEST_F(LiveService, RoomPushAddressJoinsTheLines) {
     EXPECT_EQ(url, kMainLine3);
 
     // The room's own address is added to the lines handed out, not in place of them.
-    HandedOutLines lines(service());
-    ASSERT_EQ(fetchLines(lines), 0);
+    HandedOut lines(&service());
+    ASSERT_EQ(lines.fetch(), 0);
     platform().liveState().update(kAnchorRoom, [](SimRoomLines& room) {
         room.sendAddress = tolvane::sim::SimSendAddress{QJsonValue(2), "rtmp://other/live", "k"};
     });
@@ -318,8 +305,8 @@ TEST_F(LiveService, RoomPushAddressJoinsTheLines) {
 }
 
 TEST_F(LiveService, StartIsSentOnceWhenTheConnectionDiesUnanswered) {
-    HandedOutLines lines(service());
-    ASSERT_EQ(fetchLines(lines), 0);  // leaves a kept connection to the mobile service
+    HandedOut lines(&service());
+    ASSERT_EQ(lines.fetch(), 0);  // leaves a kept connection to the mobile service
     sim().http().setFault(kStartLive, SimFault::closeBeforeReply().oneShot());
     EXPECT_EQ(service().open_live_room(kMainLine3), 210);
     EXPECT_EQ(requestsTo(kStartLive).size(), 1u);
@@ -327,8 +314,8 @@ TEST_F(LiveService, StartIsSentOnceWhenTheConnectionDiesUnanswered) {
 }
 
 TEST_F(LiveService, ExpiredSessionRefreshesTheProfileExceptOnClose) {
-    HandedOutLines lines(service());
-    ASSERT_EQ(fetchLines(lines), 0);
+    HandedOut lines(&service());
+    ASSERT_EQ(lines.fetch(), 0);
     const auto profileRequests = [this] { return requestsTo("/api/v1/my_info").size(); };
     // Starting on a known line: 606 and 607 refresh the profile, any other refusal does not.
     const std::tuple<const char*, int32_t, std::size_t> starts[] = {
@@ -350,7 +337,7 @@ TEST_F(LiveService, ExpiredSessionRefreshesTheProfileExceptOnClose) {
         std::size_t refreshes;
     };
     const Case cases[] = {
-        {"lines", [&] { return fetchLines(lines); }, 1},
+        {"lines", [&] { return lines.fetch(); }, 1},
         {"room address",
          [&] {
              std::string url;

@@ -158,11 +158,6 @@ TEST_F(RoomSettingsService, VideoSettingsFollowThePlatformAndItsCategory) {
     RoomSummary room;
     service().getRoomRecord(room);
     EXPECT_EQ(room.gameName + "/" + room.childName, "Singing/Karaoke");
-
-    platform().roomSettings().updateVideoSettings(
-        kAnchorRoom, [](tolvane::sim::SimVideoSettings& settings) { settings.credit.reset(); });
-    ASSERT_EQ(service().getLiveRoomParameter(parameter), 0);
-    EXPECT_EQ(parameter.credit, -1);
 }
 
 // Only no answer is 210: an answer, even one carrying the server code 210, is a mask.
