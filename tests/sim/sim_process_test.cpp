@@ -7,7 +7,10 @@
 #include <QProcess>
 #include <map>
 
-#include "barrage/barrage_texts.h"
+#include "barrage/barrage_server.h"
+#include "log/log_writer.h"
+#include "platform/sim_platform.h"
+#include "relay/sim_relay.h"
 #include "service/vx_net_service_imp.h"
 #include "support/recording_observer.h"
 #include "support/scoped_env.h"
@@ -39,24 +42,28 @@ std::map<QString, QString> startSim(QProcess& sim, const QString& workspace, QSt
     return banner;
 }
 
-// A module pointed at the simulator by its data file logs in and listens until it heard the
-// number of chats; how many it heard.
-std::size_t chatsHeard(const std::map<QString, QString>& banner, std::size_t chats) {
-    const auto data = banner.find(QStringLiteral("default.data"));
-    if (data == banner.end()) {
-        return 0;
+// Keeps the text of every chat and gift the host hears, the streamer's barrage proper.
+class BarrageTextRecorder : public RecordingObserver {
+public:
+    void onBarrageMessage(const BarrageMessage* message) override {
+        RecordingObserver::onBarrageMessage(message);
+        if (message->typeName == "chatmsg" || message->typeName == "gift") {
+            add("text " + message->rawText);
+        }
     }
-    ScopedEnv pointAtSim("TOLVANE_DEFAULT_DATA", data->second.toLocal8Bit());
-    RecordingObserver observer;
-    VxNetServiceImp service(&observer, nullptr);
+};
+
+// A module logs in as the anchor and listens until its host heard `count` events that start
+// with `what`.
+void listen(RecordingObserver& host, const char* what, std::size_t count) {
+    VxNetServiceImp service(&host, nullptr);
     std::string error, token;
-    EXPECT_EQ(service.login("anchor", "secret123", error, token), 0) << error;
-    EXPECT_EQ(service.startBarrage(), 0);
-    EXPECT_TRUE(
-        waitUntil([&] { return observer.events("message chatmsg").size() >= chats; }, 10000))
-        << "watchdog: waiting for " << chats << " chats";
+    ASSERT_EQ(service.login("anchor", "secret123", error, token), 0) << error;
+    ASSERT_EQ(service.startBarrage(), 0);
+    EXPECT_TRUE(waitUntil([&] { return host.events(what).size() >= count; }, 10000))
+        << "watchdog: waiting for " << count << " of " << what << ", heard "
+        << host.events(what).size();
     service.stop();
-    return observer.events("message chatmsg").size();
 }
 
 }  // namespace
@@ -75,7 +82,11 @@ TEST(SimProcess, ServesThePlatformAndItsBarrageToAModule) {
     const QJsonObject endpoints =
         QJsonDocument::fromJson(data.readAll()).object().value("endpoints").toObject();
     EXPECT_EQ(endpoints.value("origin").toString(), banner.at(QStringLiteral("origin")));
-    EXPECT_GE(chatsHeard(banner, 2), 2u);
+    {
+        ScopedEnv pointAtSim("TOLVANE_DEFAULT_DATA", data.fileName().toLocal8Bit());
+        RecordingObserver host;
+        listen(host, "message chatmsg", 2);
+    }
 
     sim.terminate();
     ASSERT_TRUE(sim.waitForFinished(10000));
@@ -102,28 +113,40 @@ TEST(SimProcess, RefusesArgumentsItDoesNotKnow) {
     }
 }
 
-TEST(SimProcess, ReplaysABarrageLogBehindASlowLine) {
+// A streamer's barrage, recorded in the module's msg.log behind a slow line, reaches a host again
+// in order when the simulator replays that log.
+TEST(SimProcess, ReplaysARecordedBarrageLogBehindASlowLine) {
     IsolatedWorkspace workspace;
-    // Three chats around midnight between the lines a client writes about itself.
-    const std::string chats[] = {sim::BarrageTexts::chat(7, 880001, 2001, "night", "one"),
-                                 sim::BarrageTexts::chat(8, 880001, 2002, "owl", "two"),
-                                 sim::BarrageTexts::chat(9, 880001, 2001, "night", "three")};
-    QFile log(workspace.path() + QStringLiteral("/recorded_msg.log"));
-    ASSERT_TRUE(log.open(QIODevice::WriteOnly));
-    log.write(("[23:59:59.900] \r\n[23:59:59.950] " + chats[0] +
-               "\r\n[23:59:59.990] [msg] onMsgKeepLive\r\n[00:00:00.050] " + chats[1] +
-               "\r\n[00:00:00.100] onMsgError: 51\r\n[00:00:00.150] " + chats[2] + "\r\n")
-                  .c_str());
-    log.close();
+    BarrageTextRecorder recorded;
+    {
+        tolvane::sim::SimEnvironment::Options slow;
+        slow.link.latencyMs = 20;
+        tolvane::sim::SimPlatform sim(workspace.path(), slow);
+        ASSERT_TRUE(sim.start());
+        ASSERT_TRUE(sim.startBarrageServers(1));
+        sim.barrageServer(0).setGeneratorRate(300);
+        listen(recorded, "text ", 30);
+        EXPECT_EQ(sim.barrageRelay(0)->connections(), 1);
+        EXPECT_GE(sim.environment().relay()->connections(), 1);
+    }
+    const std::vector<std::string> expected = recorded.events("text ");
 
     QProcess sim;
     const auto banner =
         startSim(sim, workspace.path(),
                  {QStringLiteral("--latency"), QStringLiteral("40"), QStringLiteral("--replay"),
-                  log.fileName(), QStringLiteral("--speed"), QStringLiteral("2")});
+                  tolvane::log::logFilePath(tolvane::log::kMessageLog), QStringLiteral("--speed"),
+                  QStringLiteral("4")});
+    ASSERT_EQ(banner.count(QStringLiteral("default.data")), 1u);
     EXPECT_EQ(banner.count(QStringLiteral("relay")), 1u);
     EXPECT_EQ(banner.count(QStringLiteral("replay")), 1u);
-    EXPECT_EQ(chatsHeard(banner, 3), 3u);
+    {
+        ScopedEnv pointAtSim("TOLVANE_DEFAULT_DATA",
+                             banner.at(QStringLiteral("default.data")).toLocal8Bit());
+        BarrageTextRecorder replayed;
+        listen(replayed, "text ", expected.size());
+        EXPECT_EQ(replayed.events("text "), expected);
+    }
     sim.terminate();
     ASSERT_TRUE(sim.waitForFinished(10000));
     // The module's web requests and its barrage connection both went through relays.
