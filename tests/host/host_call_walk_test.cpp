@@ -81,28 +81,15 @@ QMap<int, QString> declaredSlots() {
 // Values that let an operation reach the simulator and get a real answer where one exists;
 // an argument name not in the table gets "1".
 QString sampleValue(const QString& argument) {
+    // clang-format off
     static const QMap<QString, QString> samples{
-        {"NAME", "anchor"},
-        {"PASSWORD", "secret123"},
-        {"SECRET", "secret123"},
-        {"PHONE", "13800000000"},
-        {"TARGET", "13800000000"},
-        {"AREA_CODE", "86"},
-        {"UID", "10001"},
-        {"TEXT", "hello"},
-        {"TITLE", "tonight"},
-        {"CONTENT", "all good"},
-        {"PUSH_URL", "rtmp://127.0.0.1:1/live/key"},
-        {"URL", "http://127.0.0.1:1/"},
-        {"PATH", "japi/nothing"},
-        {"PROXY", ""},
-        {"DEVICE_ID", "00_00_00_00_FF_01"},
-        {"VERSION", "v2.0.0.0"},
-        {"NUMBER", "20180809"},
-        {"CITY", "Harbour"},
-        {"LONGITUDE", "120.1"},
-        {"LATITUDE", "30.2"},
-    };
+        {"NAME", "anchor"}, {"PASSWORD", "secret123"}, {"SECRET", "secret123"}, {"UID", "10001"},
+        {"PHONE", "13800000000"}, {"TARGET", "13800000000"}, {"AREA_CODE", "86"},
+        {"TEXT", "hello"}, {"TITLE", "tonight"}, {"CONTENT", "all good"}, {"PROXY", ""},
+        {"PUSH_URL", "rtmp://127.0.0.1:1/live/key"}, {"URL", "http://127.0.0.1:1/"},
+        {"PATH", "japi/nothing"}, {"DEVICE_ID", "00_00_00_00_FF_01"}, {"VERSION", "v2.0.0.0"},
+        {"NUMBER", "20180809"}, {"CITY", "Harbour"}, {"LONGITUDE", "120.1"}, {"LATITUDE", "30.2"}};
+    // clang-format on
     return samples.value(argument, QStringLiteral("1"));
 }
 

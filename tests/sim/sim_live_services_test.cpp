@@ -8,15 +8,11 @@
 #include <utility>
 #include <vector>
 
-#include "barrage/barrage_server.h"
 #include "http/sim_signature.h"
 #include "platform/sim_platform.h"
 #include "platform/sim_platform_state.h"
-#include "service/vx_net_service_imp.h"
 #include "sim/sim_test_support.h"
-#include "support/recording_observer.h"
-#include "support/scoped_env.h"
-#include "support/wait.h"
+#include "support/sim_service_fixture.h"
 
 namespace tolvane::sim {
 extern const char* const kCategoriesFixture;
@@ -48,18 +44,13 @@ protected:
         const std::string time = now(skew);
         const std::string auth =
             sign(signingPath + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form), false);
-        if (inHeaders) {
-            return post(path,
-                        {{"aid", "vxtool"}, {"client_sys", "pc"}, {"time", time}, {"auth", auth}},
-                        form);
-        }
-        return post(path + "?" + encodePairs({{"aid", "vxtool"}, {"time", time}, {"auth", auth}}),
-                    {}, form);
-    }
-    QJsonObject post(const std::string& target, const Pairs& headers, const Pairs& form) {
+        const Pairs signature = {{"aid", "vxtool"}, {"time", time}, {"auth", auth}};
+        Pairs headers = signature;
+        headers.emplace_back("client_sys", "pc");
         httplib::Client client = clientFor(sim_.http().origin());
         const httplib::Result result =
-            client.Post(target.c_str(), toHeaders(headers), encodePairs(form),
+            client.Post((inHeaders ? path : path + "?" + encodePairs(signature)).c_str(),
+                        inHeaders ? toHeaders(headers) : httplib::Headers(), encodePairs(form),
                         "application/x-www-form-urlencoded");
         EXPECT_TRUE(result) << httplib::to_string(result.error());
         return jsonBody(result);
@@ -105,21 +96,18 @@ TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
     }
 }
 
-TEST_F(SimLiveServices, CloseLiveEndsTheShowForConnectedBarrageClients) {
-    ASSERT_TRUE(sim_.startBarrageServers(1));
-    RecordingObserver observer;
-    VxNetServiceImp service(&observer, nullptr);
-    std::string error, longToken;
-    ASSERT_EQ(service.login("anchor", "secret123", error, longToken), 0) << error;
-    ASSERT_EQ(service.startBarrage(), 0);
-    ASSERT_TRUE(waitUntil([&] { return !observer.events("status ").empty(); }, 5000))
-        << "watchdog: waiting for the barrage login";
-    sim_.state().setLive(true);
-    EXPECT_EQ(service.stop_live_room(), 0);
-    EXPECT_FALSE(sim_.state().live());
+using SimCloseLive = BarrageSimServiceTest;
+
+TEST_F(SimCloseLive, EndsTheShowForConnectedBarrageClients) {
+    login();
+    startAndWait();
+    platform().setLive(true);
+    EXPECT_EQ(service().stop_live_room(), 0);
+    EXPECT_FALSE(platform().live());
     // Reason 1 (closed by the anchor) reaches the host as 0, without ban hours.
-    ASSERT_TRUE(waitUntil([&] { return !observer.events("end ").empty(); }));
-    EXPECT_EQ(observer.events("end "), std::vector<std::string>{"end 0 0.000000"});
+    ASSERT_TRUE(waitUntil([&] { return !observer_.events("end ").empty(); }))
+        << "watchdog: waiting for the show's end";
+    EXPECT_EQ(observer_.events("end "), std::vector<std::string>{"end 0 0.000000"});
 }
 
 TEST_F(SimLiveServices, CategoryAndTagRefusals) {
