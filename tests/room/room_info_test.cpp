@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QStringList>
+#include <tuple>
 
 #include "parse/data_parser.h"
 #include "support/log_reader.h"
@@ -68,6 +69,19 @@ TEST(RoomInfoParse, ServerEntries) {
     }
 }
 
+// Every field in record order.
+std::string fields(const RoomInfo& r) {
+    return QStringLiteral("%1|%2|%3|%4|%5|%6|%7|%8|%9")
+        .arg(r.roomId)
+        .arg(r.vipId)
+        .arg(r.anchorLevel)
+        .arg(r.online)
+        .arg(QString::fromStdString(r.roomName), QString::fromStdString(r.gameName),
+             QString::fromStdString(r.childName), QString::fromStdString(r.ownerWeight))
+        .arg(r.cateId)
+        .toStdString();
+}
+
 TEST(RoomInfoParse, RoomFieldsAndDefaults) {
     DataParser parser;
     QList<ServerAddress> servers;
@@ -78,38 +92,24 @@ TEST(RoomInfoParse, RoomFieldsAndDefaults) {
                               "child_name":"Blitz","owner_weight":"12.5t","cate_id":12})"),
                   message, servers),
               0);
-    RoomInfo room = parser.roomInfo();
-    EXPECT_EQ(room.roomId, 880001);
-    EXPECT_EQ(room.online, 1520);  // the fields the room accessors show are checked there
-    EXPECT_EQ(room.roomName, "夜场");
-    EXPECT_EQ(room.ownerWeight, "12.5t");
+    const std::string full = u8"880001|3|21|1520|夜场|Chess|Blitz|12.5t|12";
+    EXPECT_EQ(fields(parser.roomInfo()), full);
 
     // Failures keep everything as it was.
-    struct Failure {
-        QByteArray reply;
-        int code;
-        std::string message;
-    };
-    const Failure failures[] = {
+    const std::tuple<QByteArray, int, std::string> failures[] = {
         {R"({"error":0})", 1, "服务器数据异常"},
         {R"({"error":606,"data":"登录已失效"})", 220, "登录已失效"},
     };
-    for (const Failure& f : failures) {
+    for (const auto& [reply, code, expected] : failures) {
         message.clear();
-        EXPECT_EQ(parser.parseRoomInfoResult(f.reply, message, servers), f.code)
-            << f.reply.constData();
-        EXPECT_EQ(message, f.message) << f.reply.constData();
-        EXPECT_EQ(parser.roomInfo().roomId, 880001) << f.reply.constData();
+        EXPECT_EQ(parser.parseRoomInfoResult(reply, message, servers), code) << reply.constData();
+        EXPECT_EQ(message, expected) << reply.constData();
+        EXPECT_EQ(fields(parser.roomInfo()), full) << reply.constData();
     }
 
     // A sparse reply resets every field but the anchor level; a bad level text reads as 0.
     ASSERT_EQ(parser.parseRoomInfoResult(okReply("{}"), message, servers), 0);
-    room = parser.roomInfo();
-    EXPECT_EQ(room.roomId, -1);
-    EXPECT_EQ(room.vipId, 0);
-    EXPECT_EQ(room.anchorLevel, 21);
-    EXPECT_EQ(room.roomName, "");
-    EXPECT_EQ(room.cateId, 0);
+    EXPECT_EQ(fields(parser.roomInfo()), "-1|0|21|0|||||0");
     ASSERT_EQ(parser.parseRoomInfoResult(okReply(R"({"anchor_level":{"level":"top"}})"), message,
                                          servers),
               0);
