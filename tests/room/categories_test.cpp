@@ -144,18 +144,16 @@ TEST_F(CategoryService, VoiceCheckAnswersWithTheCode) {
     EXPECT_EQ(message, u8"参数错误");
     EXPECT_TRUE(requestsTo("/api/v1/livingCheck").empty());
 
-    struct Case {
-        int32_t cid2, cid3;
-        bool voice;
-    };
-    for (const Case& c : {Case{207, 0, true}, Case{12, 121, false}, Case{201, 2012, true}}) {
-        SCOPED_TRACE(c.cid2);
-        ASSERT_EQ(service().setLiveClassify(c.cid2, c.cid3, message), 0) << message;
-        bool voice = !c.voice;
+    const std::tuple<int32_t, int32_t, bool> cases[] = {
+        {207, 0, true}, {12, 121, false}, {201, 2012, true}};
+    for (const auto& [cid2, cid3, expected] : cases) {
+        SCOPED_TRACE(cid2);
+        ASSERT_EQ(service().setLiveClassify(cid2, cid3, message), 0) << message;
+        bool voice = !expected;
         const int32_t result = service().classifyIsVoice(&voice, message);
-        EXPECT_EQ(voice, c.voice);
-        EXPECT_EQ(result == 0, c.voice);
-        EXPECT_EQ(message.empty(), c.voice);
+        EXPECT_EQ(voice, expected);
+        EXPECT_EQ(result == 0, expected);
+        EXPECT_EQ(message.empty(), expected);
     }
 }
 

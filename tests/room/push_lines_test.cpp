@@ -299,32 +299,28 @@ TEST_F(LiveService, RoomPushAddressJoinsTheLines) {
     EXPECT_EQ(url, "");
 }
 
-TEST_F(LiveService, StartIsSentOnceWhenTheConnectionDiesUnanswered) {
+TEST_F(LiveService, FailedStartsAndExpiredSessions) {
     HandedOut lines(&service());
     ASSERT_EQ(lines.fetch(), 0);  // leaves a kept connection to the mobile service
-    sim().http().setFault(kStartLive, SimFault::closeBeforeReply().oneShot());
-    EXPECT_EQ(service().open_live_room(kMainLine3), 210);
-    EXPECT_EQ(requestsTo(kStartLive).size(), 1u);
-    EXPECT_EQ(service().open_live_room(kMainLine3), 0);
-}
-
-TEST_F(LiveService, ExpiredSessionRefreshesTheProfileExceptOnClose) {
-    HandedOut lines(&service());
-    ASSERT_EQ(lines.fetch(), 0);
     const auto profileRequests = [this] { return requestsTo("/api/v1/my_info").size(); };
-    // Starting on a known line: 606 and 607 refresh the profile, any other refusal does not.
-    const std::tuple<const char*, int32_t, std::size_t> starts[] = {
-        {R"({"error":606,"data":"expired"})", 220, 1},
-        {R"({"error":607,"data":"expired elsewhere"})", 221, 1},
-        {R"({"error":603,"data":"refused"})", 214, 0},
+    // A start is sent once, even when its connection dies unanswered; 606 and 607 refresh the
+    // profile, any other refusal does not.
+    const std::tuple<SimFault, int32_t, std::size_t> starts[] = {
+        {SimFault::closeBeforeReply().oneShot(), 210, 0},
+        {SimFault::httpStatus(200, R"({"error":606,"data":"expired"})"), 220, 1},
+        {SimFault::httpStatus(200, R"({"error":607,"data":"expired elsewhere"})"), 221, 1},
+        {SimFault::httpStatus(200, R"({"error":603,"data":"refused"})"), 214, 0},
     };
-    for (const auto& [reply, result, refreshes] : starts) {
-        sim().http().setFault(kStartLive, SimFault::httpStatus(200, reply));
-        const std::size_t before = profileRequests();
-        EXPECT_EQ(service().open_live_room(kMainLine3), result) << reply;
-        EXPECT_EQ(profileRequests(), before + refreshes) << reply;
+    for (const auto& [fault, result, refreshes] : starts) {
+        SCOPED_TRACE(result);
+        sim().http().setFault(kStartLive, fault);
+        const std::size_t before = profileRequests(), sent = requestsTo(kStartLive).size();
+        EXPECT_EQ(service().open_live_room(kMainLine3), result);
+        EXPECT_EQ(profileRequests(), before + refreshes);
+        EXPECT_EQ(requestsTo(kStartLive).size(), sent + 1);
     }
     sim().http().clearFaults();
+    EXPECT_EQ(service().open_live_room(kMainLine3), 0);
     service().logout();
     struct Case {
         const char* name;
