@@ -5,6 +5,7 @@
 #include <QJsonObject>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -63,16 +64,8 @@ protected:
 TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
     const std::string fms = sim_.state().liveState().lines(880001).fmsValue;
     const std::string anchor = sessionOf("anchor");
-    struct Case {
-        const char* name;
-        std::string token;
-        const char* lineId;
-        std::string fms;
-        int skew;
-        int error;
-    };
     // clang-format off
-    const Case cases[] = {
+    const std::tuple<const char*, std::string, const char*, std::string, int, int> cases[] = {
         {"UnknownLine", anchor, "99", fms, 0, 4002},
         {"LineIdNotANumber", anchor, "3x", fms, 0, 4002},
         {"StaleFms", anchor, "1", "fms-880001-old", 0, 4003},
@@ -82,15 +75,15 @@ TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
     };
     // clang-format on
     const std::string path = "mgapi/livenc/anchor/startLive";
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
+    for (const auto& [name, token, lineId, fmsValue, skew, error] : cases) {
+        SCOPED_TRACE(name);
         // clang-format off
-        const Pairs form = {{"token", c.token}, {"client_sys", "pc"}, {"fms_val", c.fms},
-            {"rtmp_id", c.lineId}, {"live_client_type", "11"}, {"room_live_type", "0"},
+        const Pairs form = {{"token", token}, {"client_sys", "pc"}, {"fms_val", fmsValue},
+            {"rtmp_id", lineId}, {"live_client_type", "11"}, {"room_live_type", "0"},
             {"is_third_party_obs", "0"}, {"is_rtc", "0"}, {"is_hdr", "0"}};
         // clang-format on
-        const QJsonObject reply = signedPost("/" + path, path, form, true, c.skew);
-        EXPECT_EQ(reply.value("error").toInt(-1), c.error);
+        const QJsonObject reply = signedPost("/" + path, path, form, true, skew);
+        EXPECT_EQ(reply.value("error").toInt(-1), error);
         EXPECT_FALSE(reply.value("data").toString().isEmpty());
         EXPECT_FALSE(sim_.state().live());
     }
@@ -112,17 +105,10 @@ TEST_F(SimCloseLive, EndsTheShowForConnectedBarrageClients) {
 
 TEST_F(SimLiveServices, CategoryAndTagRefusals) {
     const std::string token = sessionOf("anchor");
-    struct Case {
-        const char* name;
-        std::string path, signingPath;
-        Pairs form;
-        int error;
-        const char* messageKey;
-    };
     const std::string updateCate = "/livenc/liveTool/updateCate";
     const std::string updateTag = "/api/videoPartner/updateCidTagInfo";
     // clang-format off
-    const Case cases[] = {
+    const std::tuple<const char*, std::string, std::string, Pairs, int, const char*> cases[] = {
         {"NoSuchCate2", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "999"}, {"cid3", "0"}}, 4101, "msg"},
         {"Cate3OfAnotherCate2", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "12"}, {"cid3", "2011"}}, 4101, "msg"},
         {"Cate3MissingWhereNeeded", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "12"}, {"cid3", "0"}}, 4101, "msg"},
@@ -133,11 +119,11 @@ TEST_F(SimLiveServices, CategoryAndTagRefusals) {
         {"JoinWithoutRoom", "/api/videoPartner/join", "/api/videoPartner/join", {{"rid", "0"}}, 4103, "msg"},
     };
     // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const QJsonObject reply = signedPost(c.path, c.signingPath, c.form, false);
-        EXPECT_EQ(reply.value("error").toInt(-1), c.error);
-        EXPECT_TRUE(reply.value(c.messageKey).isString());
+    for (const auto& [name, path, signingPath, form, error, messageKey] : cases) {
+        SCOPED_TRACE(name);
+        const QJsonObject reply = signedPost(path, signingPath, form, false);
+        EXPECT_EQ(reply.value("error").toInt(-1), error);
+        EXPECT_TRUE(reply.value(messageKey).isString());
     }
     // Refusals leave the room as it was.
     const auto category = sim_.state().categories().category(880001);
