@@ -230,23 +230,21 @@ TEST_F(LiveService, GoesLiveOnAHandedOutLineAndCloses) {
 }
 
 TEST_F(LiveService, CategoryAndModuleAreSentOnlyWhenSet) {
-    struct Case {
-        int32_t cid2, cid3, moduleId, isAudio;
-        const char* expected;  // cid2|cid3|module_id|is_audio as the platform saw them
-    };
-    const Case cases[] = {
+    // cid2, cid3, module_id, is_audio set, and "cid2|cid3|module_id|is_audio" as the platform saw
+    // them
+    const std::tuple<int32_t, int32_t, int32_t, int32_t, const char*> cases[] = {
         {0, 121, 0, 0, "|||"},
         {12, 121, 0, 1, "12|121||1"},
         {0, 0, 7, 0, "||7|"},
         {12, 0, 7, 0, "12|0|7|"},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.expected);
+    for (const auto& [cid2, cid3, moduleId, isAudio, expected] : cases) {
+        SCOPED_TRACE(expected);
         LiveParameters parameters;
-        parameters.cid2 = c.cid2;
-        parameters.cid3 = c.cid3;
-        parameters.module_id = c.moduleId;
-        parameters.is_audio = c.isAudio;
+        parameters.cid2 = cid2;
+        parameters.cid3 = cid3;
+        parameters.module_id = moduleId;
+        parameters.is_audio = isAudio;
         service().setLiveParameters(parameters);
         HandedOut lines(&service());
         ASSERT_EQ(lines.fetch(), 0);
@@ -256,7 +254,7 @@ TEST_F(LiveService, CategoryAndModuleAreSentOnlyWhenSet) {
         ASSERT_TRUE(asked.has_value());
         EXPECT_EQ(asked->cid2 + "|" + asked->cid3 + "|" + asked->moduleId + "|" +
                       sent.formValue("is_audio"),
-                  c.expected);
+                  expected);
         EXPECT_EQ(sent.formValue("cid2") + "|" + sent.formValue("cid3") + "|" +
                       sent.formValue("module_id"),
                   asked->cid2 + "|" + asked->cid3 + "|" + asked->moduleId);
