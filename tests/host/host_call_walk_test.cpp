@@ -9,7 +9,6 @@
 #include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
-#include <vector>
 
 namespace {
 

@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "http/sim_signature.h"
-#include "platform/sim_platform.h"
 #include "platform/sim_platform_state.h"
 #include "sim/sim_test_support.h"
 #include "support/sim_service_fixture.h"
@@ -26,29 +25,26 @@ using tolvane::sim::sortedQueryText;
 
 // The services' refusals that the module cannot provoke itself: it only ever names lines and
 // categories it was given, and sends them with a fresh session and time.
-class SimLiveServices : public ::testing::Test {
+class SimLiveServices : public SimServiceTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(sim_.start()); }
-
     std::string sessionOf(const char* account) {
-        const auto grant = sim_.state().grantLogin(*sim_.state().accountByName(account));
+        const auto grant = platform().grantLogin(*platform().accountByName(account));
         const tolvane::sim::SimSession& s = grant.session;
         return s.uid + "_" + std::to_string(s.bizType) + "_" + s.shortToken + "_" +
                std::to_string(s.clientType) + "_" + std::to_string(s.longTokenId);
     }
-    std::string now(int skew = 0) { return std::to_string(sim_.state().nowSeconds() + skew); }
 
     // A signed POST of the form: aid, time and auth travel as headers for a mobile API, in the
     // query for an own-URL request.
     QJsonObject signedPost(const std::string& path, const std::string& signingPath,
                            const Pairs& form, bool inHeaders, int skew = 0) {
-        const std::string time = now(skew);
+        const std::string time = std::to_string(platform().nowSeconds() + skew);
         const std::string auth =
             sign(signingPath + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form), false);
         const Pairs signature = {{"aid", "vxtool"}, {"time", time}, {"auth", auth}};
         Pairs headers = signature;
         headers.emplace_back("client_sys", "pc");
-        httplib::Client client = clientFor(sim_.http().origin());
+        httplib::Client client = clientFor(sim().http().origin());
         const httplib::Result result =
             client.Post((inHeaders ? path : path + "?" + encodePairs(signature)).c_str(),
                         inHeaders ? toHeaders(headers) : httplib::Headers(), encodePairs(form),
@@ -56,13 +52,10 @@ protected:
         EXPECT_TRUE(result) << httplib::to_string(result.error());
         return jsonBody(result);
     }
-
-    IsolatedWorkspace workspace_;
-    tolvane::sim::SimPlatform sim_{workspace_.path()};
 };
 
 TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
-    const std::string fms = sim_.state().liveState().lines(880001).fmsValue;
+    const std::string fms = platform().liveState().lines(880001).fmsValue;
     const std::string anchor = sessionOf("anchor");
     // clang-format off
     const std::tuple<const char*, std::string, const char*, std::string, int, int> cases[] = {
@@ -85,7 +78,7 @@ TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
         const QJsonObject reply = signedPost("/" + path, path, form, true, skew);
         EXPECT_EQ(reply.value("error").toInt(-1), error);
         EXPECT_FALSE(reply.value("data").toString().isEmpty());
-        EXPECT_FALSE(sim_.state().live());
+        EXPECT_FALSE(platform().live());
     }
 }
 
@@ -126,11 +119,11 @@ TEST_F(SimLiveServices, CategoryAndTagRefusals) {
         EXPECT_TRUE(reply.value(messageKey).isString());
     }
     // Refusals leave the room as it was.
-    const auto category = sim_.state().categories().category(880001);
+    const auto category = platform().categories().category(880001);
     ASSERT_TRUE(category.has_value());
     EXPECT_EQ(category->cid2, 12);
     EXPECT_EQ(category->cid3, 121);
-    EXPECT_FALSE(sim_.state().categories().tag(880001).has_value());
+    EXPECT_FALSE(platform().categories().tag(880001).has_value());
 }
 
 int idOf(const QJsonValue& value) {
