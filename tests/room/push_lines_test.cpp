@@ -230,8 +230,7 @@ TEST_F(LiveService, GoesLiveOnAHandedOutLineAndCloses) {
 }
 
 TEST_F(LiveService, CategoryAndModuleAreSentOnlyWhenSet) {
-    // cid2, cid3, module_id, is_audio set, and "cid2|cid3|module_id|is_audio" as the platform saw
-    // them
+    // The four values set, then cid2|cid3|module_id|is_audio as the platform saw them.
     const std::tuple<int32_t, int32_t, int32_t, int32_t, const char*> cases[] = {
         {0, 121, 0, 0, "|||"},
         {12, 121, 0, 1, "12|121||1"},
