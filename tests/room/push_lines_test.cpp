@@ -1,39 +1,47 @@
 #include <gtest/gtest.h>
 
 #include <QStringList>
-#include <memory>
 #include <thread>
+#include <tuple>
 
 #include "parse/data_parser.h"
 #include "parse/reply_texts.h"
 #include "support/log_reader.h"
 #include "support/replies.h"
-#include "support/scoped_env.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
 
 using tolvane::sim::SimFault;
-using tolvane::sim::SimLineListShape;
 using tolvane::sim::SimLineRefusal;
 using tolvane::sim::SimRoomLines;
 
 const std::string kDataError = tolvane::kReplyDataErrorText;
 const std::string kNoMessage = tolvane::kReplyNoMessageText;
 
-// The arrays of one call, freed the way the host frees them.
+// The arrays of one call, freed the way a host frees them: through the service that handed them
+// out, or with delete[] when they came straight from the parser.
 struct HandedOut {
-    PushAddress* lines = nullptr;
-    int32_t count = 0;
-    PushAddress* h265 = nullptr;
-    int32_t h265Count = 0;
+    explicit HandedOut(VxNetServiceImp* service = nullptr) : service(service) {}
     ~HandedOut() {
-        delete[] lines;
-        delete[] h265;
+        for (PushAddress* array : {lines, h265}) {
+            if (service != nullptr) {
+                service->freeArray(array);
+            } else {
+                delete[] array;
+            }
+        }
     }
     int parse(DataParser& parser, const QByteArray& reply) {
         return parser.parseAllRtmpAddressResult(reply, lines, count, h265, h265Count);
     }
+    int32_t fetch() { return service->get_all_rtmp_addresses(lines, count, h265, h265Count); }
+
+    VxNetServiceImp* service;
+    PushAddress* lines = nullptr;
+    int32_t count = 0;
+    PushAddress* h265 = nullptr;
+    int32_t h265Count = 0;
 };
 
 // "url#id" of every element, "unset" when no array was handed out.
@@ -179,35 +187,8 @@ const char kStartLive[] = "/mgapi/livenc/anchor/startLive";
 const std::string kMainLine3 = "rtmp://push-c.tolvane.example/live/880001_c3?key=9f1e";
 const std::string kH265Line12 = "rtmp://push-h.tolvane.example/live265/880001_h12?key=d00d";
 
-// The arrays the service hands out, released the way a host releases them.
-struct HandedOutLines {
-    explicit HandedOutLines(VxNetServiceImp& service) : service_(service) {}
-    ~HandedOutLines() {
-        service_.freeArray(main);
-        service_.freeArray(h265);
-    }
-    std::vector<std::pair<int, std::string>> list(const PushAddress* lines, int32_t n) const {
-        std::vector<std::pair<int, std::string>> out;
-        for (int32_t i = 0; lines != nullptr && i < n; ++i) {
-            out.emplace_back(lines[i].id, lines[i].url);
-        }
-        return out;
-    }
-    PushAddress* main = nullptr;
-    int32_t mainCount = 0;
-    PushAddress* h265 = nullptr;
-    int32_t h265Count = 0;
-
-private:
-    VxNetServiceImp& service_;
-};
-
 class LiveService : public LoggedInSimServiceTest {
 protected:
-    int32_t fetchLines(HandedOutLines& lines) {
-        return service().get_all_rtmp_addresses(lines.main, lines.mainCount, lines.h265,
-                                                lines.h265Count);
-    }
     bool roomIsLive() {
         bool live = false, showType = false;
         EXPECT_EQ(service().getRoomState(live, showType), 0);
@@ -216,31 +197,24 @@ protected:
 };
 
 TEST_F(LiveService, GoesLiveOnAHandedOutLineAndCloses) {
-    HandedOutLines lines(service());
-    ASSERT_EQ(fetchLines(lines), 0);
-    using Lines = std::vector<std::pair<int, std::string>>;
-    const Lines main = lines.list(lines.main, lines.mainCount);
-    ASSERT_EQ(main.size(), 3u);
-    EXPECT_EQ(main[0], (std::pair<int, std::string>{3, kMainLine3}));
-    EXPECT_EQ(lines.list(lines.h265, lines.h265Count).size(), 2u);
+    HandedOut lines(&service());
+    ASSERT_EQ(lines.fetch(), 0);
+    ASSERT_EQ(lines.count, 3);
+    EXPECT_EQ(linesText(lines.lines, 1), kMainLine3 + "#3");
+    EXPECT_EQ(lines.h265Count, 2);
     std::vector<PushAddress> copy;
     EXPECT_TRUE(service().getRtmpAddressList(copy));
-    ASSERT_EQ(copy.size(), 3u);
-    EXPECT_EQ(copy[2].id, main[2].first);
+    EXPECT_EQ(linesText(copy.data(), static_cast<int32_t>(copy.size())),
+              linesText(lines.lines, lines.count));
 
     // An address the platform never handed out is refused before anything is sent.
     EXPECT_EQ(service().open_live_room("rtmp://elsewhere.example/live/x"), 1);
     EXPECT_TRUE(requestsTo(kStartLive).empty());
 
-    LiveParameters parameters;
-    parameters.room_live_type = 2;
-    parameters.is_rtc = true;
-    service().setLiveParameters(parameters);
     EXPECT_FALSE(roomIsLive());
     ASSERT_EQ(service().open_live_room(kMainLine3), 0);
     EXPECT_TRUE(roomIsLive());
-    // What it sends is in the recorded wire file.
-    EXPECT_EQ(requestsTo(kStartLive).size(), 1u);
+    EXPECT_EQ(requestsTo(kStartLive).size(), 1u);  // what it sends is in the recorded wire file
 
     EXPECT_EQ(service().stop_live_room(), 0);
     EXPECT_FALSE(roomIsLive());
@@ -256,61 +230,44 @@ TEST_F(LiveService, GoesLiveOnAHandedOutLineAndCloses) {
 }
 
 TEST_F(LiveService, CategoryAndModuleAreSentOnlyWhenSet) {
-    struct Case {
-        int32_t cid2, cid3, moduleId, isAudio;
-        const char* expected;  // cid2|cid3|module_id|is_audio as the platform saw them
-    };
-    const Case cases[] = {
+    // The four values set, then cid2|cid3|module_id|is_audio as the platform saw them.
+    const std::tuple<int32_t, int32_t, int32_t, int32_t, const char*> cases[] = {
         {0, 121, 0, 0, "|||"},
         {12, 121, 0, 1, "12|121||1"},
         {0, 0, 7, 0, "||7|"},
         {12, 0, 7, 0, "12|0|7|"},
     };
-    HandedOutLines lines(service());
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.expected);
+    for (const auto& [cid2, cid3, moduleId, isAudio, expected] : cases) {
+        SCOPED_TRACE(expected);
         LiveParameters parameters;
-        parameters.cid2 = c.cid2;
-        parameters.cid3 = c.cid3;
-        parameters.module_id = c.moduleId;
-        parameters.is_audio = c.isAudio;
+        parameters.cid2 = cid2;
+        parameters.cid3 = cid3;
+        parameters.module_id = moduleId;
+        parameters.is_audio = isAudio;
         service().setLiveParameters(parameters);
-        service().freeArray(lines.main);
-        service().freeArray(lines.h265);
-        lines.main = lines.h265 = nullptr;
-        ASSERT_EQ(fetchLines(lines), 0);
+        HandedOut lines(&service());
+        ASSERT_EQ(lines.fetch(), 0);
         ASSERT_EQ(service().open_live_room(kMainLine3), 0);
         const auto sent = requestsTo(kStartLive).back();
         const auto asked = platform().liveState().lastLineRequest(kAnchorRoom);
         ASSERT_TRUE(asked.has_value());
         EXPECT_EQ(asked->cid2 + "|" + asked->cid3 + "|" + asked->moduleId + "|" +
                       sent.formValue("is_audio"),
-                  c.expected);
+                  expected);
         EXPECT_EQ(sent.formValue("cid2") + "|" + sent.formValue("cid3") + "|" +
                       sent.formValue("module_id"),
                   asked->cid2 + "|" + asked->cid3 + "|" + asked->moduleId);
     }
 }
 
-// Every reply shape is the parser tests'; here, the service's line for a refusal, and the H.265
-// lines starting the show when no plain list came.
-TEST_F(LiveService, RefusedOrH265OnlyLists) {
+// Reply shapes are the parser tests'; here, the service's code and log line for a refusal.
+TEST_F(LiveService, RefusedListIsLoggedWithItsPath) {
     platform().liveState().update(kAnchorRoom, [](SimRoomLines& room) {
         room.refusal = SimLineRefusal::roomClosed("maintenance", "2030-01-01 08:00", 1.5);
     });
-    {
-        HandedOutLines lines(service());
-        EXPECT_EQ(fetchLines(lines), 217);
-    }
+    HandedOut lines(&service());
+    EXPECT_EQ(lines.fetch(), 217);
     EXPECT_TRUE(mainLogHas("error Url: mgapi/livenc/anchor/getRtMpList"));
-    platform().liveState().update(kAnchorRoom, [](SimRoomLines& room) {
-        room.refusal = SimLineRefusal();
-        room.list = room.listSort = SimLineListShape::Absent;
-    });
-    HandedOutLines lines(service());
-    EXPECT_EQ(fetchLines(lines), 0);
-    EXPECT_EQ(lines.mainCount, 0);
-    EXPECT_EQ(service().open_live_room(kH265Line12), 0);
 }
 
 TEST_F(LiveService, RoomPushAddressJoinsTheLines) {
@@ -321,8 +278,8 @@ TEST_F(LiveService, RoomPushAddressJoinsTheLines) {
     EXPECT_EQ(url, kMainLine3);
 
     // The room's own address is added to the lines handed out, not in place of them.
-    HandedOutLines lines(service());
-    ASSERT_EQ(fetchLines(lines), 0);
+    HandedOut lines(&service());
+    ASSERT_EQ(lines.fetch(), 0);
     platform().liveState().update(kAnchorRoom, [](SimRoomLines& room) {
         room.sendAddress = tolvane::sim::SimSendAddress{QJsonValue(2), "rtmp://other/live", "k"};
     });
@@ -339,27 +296,36 @@ TEST_F(LiveService, RoomPushAddressJoinsTheLines) {
     EXPECT_EQ(url, "");
 }
 
-TEST_F(LiveService, StartIsSentOnceWhenTheConnectionDiesUnanswered) {
-    HandedOutLines lines(service());
-    ASSERT_EQ(fetchLines(lines), 0);  // leaves a kept connection to the mobile service
-    sim().http().setFault(kStartLive, SimFault::closeBeforeReply().oneShot());
-    EXPECT_EQ(service().open_live_room(kMainLine3), 210);
-    EXPECT_EQ(requestsTo(kStartLive).size(), 1u);
-    EXPECT_EQ(service().open_live_room(kMainLine3), 0);
-}
-
-TEST_F(LiveService, ExpiredSessionRefreshesTheProfileExceptOnClose) {
-    HandedOutLines lines(service());
-    ASSERT_EQ(fetchLines(lines), 0);
-    service().logout();
+TEST_F(LiveService, FailedStartsAndExpiredSessions) {
+    HandedOut lines(&service());
+    ASSERT_EQ(lines.fetch(), 0);  // leaves a kept connection to the mobile service
     const auto profileRequests = [this] { return requestsTo("/api/v1/my_info").size(); };
+    // A start is sent once, even when its connection dies unanswered; 606 and 607 refresh the
+    // profile, any other refusal does not.
+    const std::tuple<SimFault, int32_t, std::size_t> starts[] = {
+        {SimFault::closeBeforeReply().oneShot(), 210, 0},
+        {SimFault::httpStatus(200, R"({"error":606,"data":"expired"})"), 220, 1},
+        {SimFault::httpStatus(200, R"({"error":607,"data":"expired elsewhere"})"), 221, 1},
+        {SimFault::httpStatus(200, R"({"error":603,"data":"refused"})"), 214, 0},
+    };
+    for (const auto& [fault, result, refreshes] : starts) {
+        SCOPED_TRACE(result);
+        sim().http().setFault(kStartLive, fault);
+        const std::size_t before = profileRequests(), sent = requestsTo(kStartLive).size();
+        EXPECT_EQ(service().open_live_room(kMainLine3), result);
+        EXPECT_EQ(profileRequests(), before + refreshes);
+        EXPECT_EQ(requestsTo(kStartLive).size(), sent + 1);
+    }
+    sim().http().clearFaults();
+    EXPECT_EQ(service().open_live_room(kMainLine3), 0);
+    service().logout();
     struct Case {
         const char* name;
         std::function<int32_t()> call;
         std::size_t refreshes;
     };
     const Case cases[] = {
-        {"lines", [&] { return fetchLines(lines); }, 1},
+        {"lines", [&] { return lines.fetch(); }, 1},
         {"room address",
          [&] {
              std::string url;

