@@ -74,17 +74,13 @@ protected:
     std::function<bool(ILiveencoderNetService&)> slowOperation(const char* path = "/slow") {
         const std::string url = server_.origin() + path;
         return [this, url](ILiveencoderNetService& service) {
-            record("slow started");
+            log_.add("slow started");
             QByteArray reply;
             const bool answered = service.getRequest(reply, url, {}, {}, kHeldMs + 2000);
-            record(answered ? "slow ended" : "slow ended unanswered");
+            log_.add(answered ? "slow ended" : "slow ended unanswered");
             return true;
         };
     }
-
-    void record(const std::string& event) { log_.add(event); }
-    std::vector<std::string> events() { return log_.events(); }
-    bool happened(const std::string& event) { return log_.heard(event); }
 
     IsolatedWorkspace workspace_;
     SimHttpServer server_;
@@ -131,27 +127,26 @@ TEST_F(AsyncNetServiceTest, CancelAbortsARunningOperationAndDropsAQueuedOne) {
     AsyncNetService net(&createRecorded, nullptr, nullptr);
     QObject context;
     const std::string echo = server_.origin() + "/sim/echo/none";
-    auto noted = [this](const std::string& name) {
-        return [this, name](ILiveencoderNetService& service) {
-            record(name + " ran");
-            return service.getBizType();
-        };
-    };
     auto answered = [this](const std::string& name) {
-        return [this, name](auto) { record(name + " answered"); };
+        return [this, name](auto) { log_.add(name + " answered"); };
     };
 
     const quint64 running = net.post(slowOperation(kHeld), &context, answered("slow"));
-    const quint64 dropped = net.post(noted("dropped"), &context, answered("dropped"));
+    const quint64 dropped = net.post(
+        [this](ILiveencoderNetService&) {
+            log_.add("dropped ran");
+            return 0;
+        },
+        &context, answered("dropped"));
     // The abort is for the cancelled operation only: the next one's transfer goes through.
     const quint64 kept = net.post(
         [this, echo](ILiveencoderNetService& service) {
             QByteArray reply;
-            record(service.getRequest(reply, echo, {}, {}, 5000) ? "kept ran" : "kept failed");
+            log_.add(service.getRequest(reply, echo, {}, {}, 5000) ? "kept ran" : "kept failed");
             return true;
         },
         &context, answered("kept"));
-    ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
+    ASSERT_TRUE(spinUntil([&] { return log_.heard("slow started"); }));
 
     QElapsedTimer elapsed;
     elapsed.start();
@@ -159,13 +154,13 @@ TEST_F(AsyncNetServiceTest, CancelAbortsARunningOperationAndDropsAQueuedOne) {
     EXPECT_TRUE(net.cancel(dropped));
     EXPECT_FALSE(net.cancel(dropped)) << "a ticket is cancelled once";
     EXPECT_FALSE(net.cancel(0));
-    ASSERT_TRUE(spinUntil([&] { return happened("kept answered"); }));
+    ASSERT_TRUE(spinUntil([&] { return log_.heard("kept answered"); }));
     EXPECT_LT(elapsed.elapsed(), 1000) << "the running transfer was waited out";
     EXPECT_FALSE(net.cancel(kept)) << "a finished operation cannot be cancelled";
 
     // Operations run in the order of posting, and an answer follows its operation.
-    EXPECT_EQ(events(), (std::vector<std::string>{"slow started", "slow ended unanswered",
-                                                  "kept ran", "kept answered"}));
+    EXPECT_EQ(log_.events(), (std::vector<std::string>{"slow started", "slow ended unanswered",
+                                                       "kept ran", "kept answered"}));
 }
 
 // A worker thread may post for an object of the UI thread; the answer still arrives there, and
@@ -181,33 +176,33 @@ TEST_F(AsyncNetServiceTest, PostFromAnotherThreadAnswersOnTheContextsThread) {
                      EXPECT_EQ(bizType, 13);
                      answeredOn = QThread::currentThread();
                  });
-        net.post(slowOperation(), lost.get(), [this](bool) { record("lost answered"); });
+        net.post(slowOperation(), lost.get(), [this](bool) { log_.add("lost answered"); });
     });
     poster.join();
     ASSERT_TRUE(
-        spinUntil([&] { return answeredOn.load() != nullptr && happened("slow started"); }));
+        spinUntil([&] { return answeredOn.load() != nullptr && log_.heard("slow started"); }));
     EXPECT_EQ(answeredOn.load(), QThread::currentThread());
     lost.reset();
     // Answers arrive in order, so once a later one is in, the lost one would have been too.
     net.post([](ILiveencoderNetService& service) { return service.getBizType(); }, &context,
-             [this](int32_t) { record("later answered"); });
-    ASSERT_TRUE(spinUntil([&] { return happened("later answered"); }));
-    EXPECT_FALSE(happened("lost answered"));
+             [this](int32_t) { log_.add("later answered"); });
+    ASSERT_TRUE(spinUntil([&] { return log_.heard("later answered"); }));
+    EXPECT_FALSE(log_.heard("lost answered"));
 }
 
 TEST_F(AsyncNetServiceTest, DestructionAbortsTheRunningOperationAndDropsTheRest) {
     QObject context;
     QFuture<int32_t> pendingFuture;
     auto net = std::make_unique<AsyncNetService>(&createRecorded, nullptr, nullptr);
-    net->post(slowOperation(kHeld), &context, [this](bool) { record("slow answered"); });
+    net->post(slowOperation(kHeld), &context, [this](bool) { log_.add("slow answered"); });
     net->post(
         [this](ILiveencoderNetService&) {
-            record("pending ran");
+            log_.add("pending ran");
             return 0;
         },
-        &context, [this](int) { record("pending answered"); });
+        &context, [this](int) { log_.add("pending answered"); });
     pendingFuture = net->post([](ILiveencoderNetService& service) { return service.getBizType(); });
-    ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
+    ASSERT_TRUE(spinUntil([&] { return log_.heard("slow started"); }));
     QElapsedTimer elapsed;
     elapsed.start();
     {
@@ -216,7 +211,7 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsTheRunningOperationAndDropsTheRest)
     }
     EXPECT_LT(elapsed.elapsed(), 1000) << "the running transfer was waited out";
     // The service went on its own thread, after the running operation had been aborted.
-    EXPECT_EQ(events(), (std::vector<std::string>{"slow started", "slow ended unanswered"}));
+    EXPECT_EQ(log_.events(), (std::vector<std::string>{"slow started", "slow ended unanswered"}));
     EXPECT_TRUE(pendingFuture.isCanceled());
     std::lock_guard<std::mutex> lock(serviceThreads.mutex);
     ASSERT_NE(serviceThreads.destroyed, nullptr);
@@ -225,7 +220,7 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsTheRunningOperationAndDropsTheRest)
 
     // An answer already queued for the caller is not delivered once the facade is gone either.
     QCoreApplication::processEvents();
-    EXPECT_FALSE(happened("slow answered"));
+    EXPECT_FALSE(log_.heard("slow answered"));
 }
 
 // A login runs through the login library, not the module's clients: it is abandoned all the same.
@@ -235,13 +230,13 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsALoginHeldByThePassport) {
     server_.setFault("/app/loginCheck2", SimFault::delay(kHeldMs));
     auto net = std::make_unique<AsyncNetService>(&createRecorded, nullptr, nullptr);
     net->post([this](ILiveencoderNetService& service) {
-        record("login started");
+        log_.add("login started");
         std::string message, longToken;
         const int32_t code = service.login("anchor", "secret123", message, longToken);
-        record("login ended " + std::to_string(code));
+        log_.add("login ended " + std::to_string(code));
         return code;
     });
-    ASSERT_TRUE(spinUntil([&] { return happened("login started"); }));
+    ASSERT_TRUE(spinUntil([&] { return log_.heard("login started"); }));
     QThread::msleep(100);  // the request is on its way to the held route
     QElapsedTimer elapsed;
     elapsed.start();
@@ -250,7 +245,7 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsALoginHeldByThePassport) {
         net.reset();
     }
     EXPECT_LT(elapsed.elapsed(), 1000) << "the login library's transfer was waited out";
-    EXPECT_EQ(events(), (std::vector<std::string>{"login started", "login ended 210"}));
+    EXPECT_EQ(log_.events(), (std::vector<std::string>{"login started", "login ended 210"}));
 }
 
 TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellation) {
@@ -258,7 +253,7 @@ TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellation) {
     QObject context;
     net.post(slowOperation(), &context, [](bool) {});
     QFuture<int32_t> cancelled = net.post([this](ILiveencoderNetService& service) {
-        record("cancelled ran");
+        log_.add("cancelled ran");
         return service.getBizType();
     });
     QFuture<std::string> appId =
@@ -267,18 +262,18 @@ TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellation) {
     QFuture<void> proxySet =
         net.post([](ILiveencoderNetService& service) { service.setProxy(""); });
     net.post([](ILiveencoderNetService& service) { service.setProxy(""); }, &context,
-             [this] { record("void answered"); });
-    ASSERT_TRUE(spinUntil([&] { return happened("slow started"); }));
+             [this] { log_.add("void answered"); });
+    ASSERT_TRUE(spinUntil([&] { return log_.heard("slow started"); }));
     cancelled.cancel();
 
-    ASSERT_TRUE(spinUntil([&] { return happened("void answered"); }));
+    ASSERT_TRUE(spinUntil([&] { return log_.heard("void answered"); }));
     EXPECT_TRUE(proxySet.isFinished());
     EXPECT_FALSE(proxySet.isCanceled());
     appId.waitForFinished();
     ASSERT_FALSE(appId.isCanceled());
     EXPECT_EQ(appId.result(), "vxtool");
     EXPECT_TRUE(cancelled.isCanceled());
-    EXPECT_FALSE(happened("cancelled ran"));
+    EXPECT_FALSE(log_.heard("cancelled ran"));
 }
 
 TEST_F(AsyncNetServiceTest, WithoutAServiceNothingIsQueued) {

@@ -47,44 +47,29 @@ TEST(ServiceLifecycle, StopCutsTheObserverOff) {
     EXPECT_EQ(observer.events(), expected);
 }
 
-// The other stored values are shown end to end in the service's barrage tests.
-TEST(ServiceLifecycle, OnlineCountIsNeverNegativeAndMemberCountIsKept) {
+// Values the service keeps or computes without a platform; the barrage tests show the rest.
+TEST(ServiceLifecycle, LocalValues) {
     VxNetServiceImp service(nullptr, nullptr);
     static_cast<IRoomListener&>(service).onKeepAliveFirst(-5);
     static_cast<IRoomListener&>(service).onMemberInfoValue(42);
     EXPECT_EQ(service.getOnlineCount(), 0);
     EXPECT_EQ(service.getSessionValueB(), 42);
-}
+    // Before any synchronisation the server time is the local time.
+    EXPECT_NEAR(static_cast<double>(service.getServerTime()),
+                static_cast<double>(QDateTime::currentSecsSinceEpoch()), 1.0);
 
-TEST(ServiceLifecycle, SmallLifecycleOperations) {
-    VxNetServiceImp service(nullptr, nullptr);
-    EXPECT_EQ(service.isAvailable(), 1);
-    auto* addresses = new PushAddress[3];
-    addresses[2].url = std::string(1000, 'u');  // a heap string that must be released too
-    service.freeArray(addresses);
-    service.freeArray(nullptr);
-
-    struct PackCase {
+    const struct {
         bool obs, rtc, hdr;
         int32_t packed;
-    };
-    const PackCase packs[] = {{true, false, false, 0x1},
-                              {false, true, false, 0x100},
-                              {false, false, true, 0x10000},
-                              {true, true, true, 0x10101}};
-    for (const PackCase& p : packs) {
+    } packs[] = {
+        {true, false, false, 0x1}, {false, true, false, 0x100}, {true, true, true, 0x10101}};
+    for (const auto& p : packs) {
         LiveParameters parameters;
         parameters.is_third_party_obs = p.obs;
         parameters.is_rtc = p.rtc;
         parameters.is_hdr = p.hdr;
         EXPECT_EQ(service.setLiveParameters(parameters), p.packed);
     }
-}
-
-TEST(ServiceLifecycle, ServerTimeBeforeSynchronisationIsLocalTime) {
-    VxNetServiceImp service(nullptr, nullptr);
-    const int64_t local = QDateTime::currentSecsSinceEpoch();
-    EXPECT_NEAR(static_cast<double>(service.getServerTime()), static_cast<double>(local), 1.0);
 }
 
 }  // namespace
