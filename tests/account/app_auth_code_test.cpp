@@ -29,17 +29,16 @@ void answerWith(tolvane::sim::SimPlatform& sim, const char* method, const char* 
 using AppAuthPorts = SimServiceTest;
 
 TEST_F(AppAuthPorts, OnlyMinusOneAndNonNumbersAreDropped) {
-    struct Case {
+    const struct {
         const char* name;
         QJsonArray ports;
         std::vector<int32_t> expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"mixed", QJsonArray{8000, -1, "x", 8001, -7}, {8000, 8001, -7}},
         {"numbers as text are not numbers", QJsonArray{"8000", 9000}, {9000}},
         {"empty", QJsonArray{}, {}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         platform().passport().setAuthPorts(c.ports);
         std::vector<int32_t> ports;
         EXPECT_EQ(service().getLoginAuthPorts(ports), 0) << c.name;
@@ -69,16 +68,15 @@ TEST_F(AppAuthPorts, SignatureTravelsInQueryAndHeaders) {
 }
 
 TEST_F(AppAuthPorts, RefusalsKeepTheListAndLogTheReply) {
-    struct Case {
+    const struct {
         const char* body;
         int32_t expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {R"({"error":0})", 1},
         {R"({"error":603,"data":"no"})", 214},
         {R"({"error":0,"data":{"port":[1]},)", -1000},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         answerWith(sim(), "GET", "/japi/app/auth/port", c.body);
         std::vector<int32_t> ports{42};
         EXPECT_EQ(service().getLoginAuthPorts(ports), c.expected) << c.body;
@@ -118,20 +116,19 @@ TEST_F(AppAuthCode, CodeStandsForTheLongTokenUntilItExpires) {
 }
 
 TEST_F(AppAuthCode, FailureLeavesRefererAndExpireAsGiven) {
-    struct Case {
+    const struct {
         const char* name;
         std::function<void()> arrange;
         const char* bizType;
         int32_t expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"logged out: no long token", [this] { service().logout(); }, "13", 227},
         {"wrong business type", [] {}, "12", 4501},
         {"no data",
          [this] { answerWith(sim(), "POST", "/japi/app/auth/generateCode", R"({"error":0})"); },
          "13", 1},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         c.arrange();
         std::string refererInCodeOut = "https://studio.tolvane.example/";
         int32_t expire = 5;

@@ -11,8 +11,6 @@
 
 namespace {
 
-using tolvane::sim::SimPlatformState;
-
 class LoginFlow : public SimServiceTest {
 protected:
     int32_t loginAs(const char* name, const char* password) {
@@ -26,68 +24,55 @@ protected:
 };
 
 // Every library login slot, driven with the same fixture accounts.
-struct SlotCase {
-    const char* name;
-    std::function<int32_t(VxNetServiceImp&, SimPlatformState&, std::string& error,
-                          std::string& token)>
-        login;
-};
-
 TEST_F(LoginFlow, EverySlotLogsInAndLoadsTheProfile) {
-    const SlotCase cases[] = {
-        {"login", [](VxNetServiceImp& s, SimPlatformState&, std::string& e,
-                     std::string& t) { return s.login("anchor", "secret123", e, t); }},
-        {"loginByPhone with password",
-         [](VxNetServiceImp& s, SimPlatformState&, std::string& e, std::string& t) {
-             return s.loginByPhone("13800000001", "secret123", "86", t, e);
-         }},
+    auto& s = service();
+    auto sms = [this] { return platform().passport().issueSmsCode("13800000001"); };
+    LoginCheckRequest byName;  // the phone texts are ignored when a name is given
+    byName.name = "anchor";
+    byName.secret = "secret123";
+    byName.phoneText1 = "19999999999";
+    byName.phoneText3 = "1";
+    LoginCheckRequest byPhone;
+    byPhone.phoneText1 = "13800000001";
+    byPhone.phoneText3 = "86";
+    const struct {
+        const char* name;
+        std::function<int32_t(std::string& error, std::string& token)> login;
+    } cases[] = {
+        {"login", [&](auto& e, auto& t) { return s.login("anchor", "secret123", e, t); }},
+        {"loginByPhone",
+         [&](auto& e, auto& t) { return s.loginByPhone("13800000001", "secret123", "86", t, e); }},
         {"loginByPhoneCaptcha",
-         [](VxNetServiceImp& s, SimPlatformState& p, std::string& e, std::string& t) {
-             return s.loginByPhoneCaptcha("13800000001", p.passport().issueSmsCode("13800000001"),
-                                          "86", t, e);
-         }},
-        {"loginCheckNew by name ignores the phone texts",
-         [](VxNetServiceImp& s, SimPlatformState&, std::string& e, std::string& t) {
-             LoginCheckRequest request;
-             request.name = "anchor";
-             request.secret = "secret123";
-             request.phoneText1 = "19999999999";
-             request.phoneText3 = "1";
-             return s.loginCheckNew(request, e, t);
-         }},
-        {"loginCheckNew by phone with an SMS code",
-         [](VxNetServiceImp& s, SimPlatformState& p, std::string& e, std::string& t) {
-             LoginCheckRequest request;
-             request.phoneText1 = "13800000001";
-             request.phoneText3 = "86";
-             request.secret = p.passport().issueSmsCode("13800000001");
-             return s.loginCheckNew(request, e, t);
+         [&](auto& e, auto& t) { return s.loginByPhoneCaptcha("13800000001", sms(), "86", t, e); }},
+        {"loginCheckNew by name", [&](auto& e, auto& t) { return s.loginCheckNew(byName, e, t); }},
+        {"loginCheckNew by SMS code",
+         [&](auto& e, auto& t) {
+             byPhone.secret = sms();
+             return s.loginCheckNew(byPhone, e, t);
          }},
     };
-    for (const SlotCase& c : cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
         service().logout();
         std::string error, token;
-        EXPECT_EQ(c.login(service(), platform(), error, token), 0) << c.name << ": " << error;
-        EXPECT_FALSE(token.empty()) << c.name;
-        EXPECT_STREQ(service().getNickname(), "Lantern") << c.name;
-        EXPECT_TRUE(service().hasOwnRoom()) << c.name;
-        std::string sessionToken;
-        service().getToken(sessionToken);
-        EXPECT_TRUE(platform().sessionByToken(sessionToken).has_value()) << c.name;
+        EXPECT_EQ(c.login(error, token), 0) << error;
+        EXPECT_FALSE(token.empty());
+        EXPECT_STREQ(service().getNickname(), "Lantern");
+        EXPECT_TRUE(service().hasOwnRoom());
+        EXPECT_TRUE(platform().sessionByToken(this->token()).has_value());
         std::string stored;
         service().getSessionText(stored);
-        EXPECT_EQ(stored, token) << c.name;
+        EXPECT_EQ(stored, token);
     }
 }
 
 TEST_F(LoginFlow, RefusalsAreMappedAndLogged) {
-    struct Case {
+    const struct {
         const char* name;
         const char* password;
         int32_t expected;
         const char* logLine;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"anchor", "wrong", 214,
          "error Url: app/loginCheck2, errorCode: 603,  errorMsg: 账号或密码错误"},
         {"nobody", "x", 214,
@@ -95,7 +80,7 @@ TEST_F(LoginFlow, RefusalsAreMappedAndLogged) {
         // The profile fetch fails after the passport accepted the password.
         {"noprofile", "secret321", 218, "initUserInfo error: 218"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         EXPECT_EQ(loginAs(c.name, c.password), c.expected) << c.name;
         EXPECT_EQ(errorMessage, lastLoginMessage()) << c.name;  // the library's own message
         EXPECT_TRUE(mainLogHas(QString::fromUtf8(c.logLine))) << c.name;

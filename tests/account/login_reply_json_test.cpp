@@ -12,7 +12,7 @@ namespace {
 TEST(LoginReplyJson, RemoteLoginsMissingTokensAndSessions) {
     IsolatedWorkspace workspace;
     const std::string kept = "kept";
-    struct Case {
+    const struct {
         const char* what;
         QByteArray reply;
         int result;
@@ -21,8 +21,7 @@ TEST(LoginReplyJson, RemoteLoginsMissingTokensAndSessions) {
         std::string uid;
         std::string longToken;
         QString logged;  // a line the parse writes; empty: none checked
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"remote login with its record",
          R"({"error":130014,"data":"confirm by sms","ext":{"isForeignTel":1,)"
          R"("hidePhone":"139****1111","code":"rl-2"}})",
@@ -42,7 +41,7 @@ TEST(LoginReplyJson, RemoteLoginsMissingTokensAndSessions) {
          R"("biz_type":1}}})",
          0, "", "0 138****0000 rl-1", "12345", "L2", ""},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         DataParser parser;
         std::string message, longToken = kept;

@@ -37,20 +37,19 @@ protected:
 TEST_F(QrLogin, StateWalkEndsInALoggedInSession) {
     const std::string code = askForCode();
     auto& phone = platform().passport();
-    struct Step {
+    const struct {
         const char* name;
         std::function<void()> act;
         int32_t expected;
         const char* message;
-    };
-    const Step steps[] = {
+    } steps[] = {
         {"nobody scanned", [] {}, 233, "等待扫码"},
         {"still waiting", [] {}, 233, "等待扫码"},
         {"scanned", [&] { phone.scanQr(code, "anchor"); }, 130019, "已扫码，请在手机上确认登录"},
         {"confirmed", [&] { phone.confirmQr(code); }, 0, ""},
         {"used up", [] {}, 225, "二维码已失效"},
     };
-    for (const Step& step : steps) {
+    for (const auto& step : steps) {
         SCOPED_TRACE(step.name);
         step.act();
         EXPECT_EQ(poll(code), step.expected);

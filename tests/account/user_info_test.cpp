@@ -8,14 +8,13 @@
 namespace {
 
 TEST(UserInfoParse, FieldRules) {
-    struct Case {
+    const struct {
         const char* data;
         bool ownRoom;
         int sex;
         const char* ident;
         const char* avatarBig;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {R"({"nickname":"n","is_own_room":1,"sex":"2","ident":"","ident_status":"2",
              "avatar":{"big":"B","middle":"M","small":"S"}})",
          true, 2, "******", "B"},
@@ -25,7 +24,7 @@ TEST(UserInfoParse, FieldRules) {
          0, "110*", "B"},
     };
     DataParser parser;
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         std::string message;
         const QByteArray reply = QByteArray(R"({"error":0,"data":)") + c.data + "}";
         EXPECT_EQ(parser.parseUserInfoResult(reply, message), 0) << c.data;

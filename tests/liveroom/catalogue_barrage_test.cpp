@@ -125,28 +125,22 @@ TEST_F(CatalogueBarrage, AFetchUnderWayAtLogoutStoresNothing) {
 
 // What slot 26 puts on the wire, as the barrage server receives it.
 TEST_F(CatalogueBarrage, SlotTwentySixSendsTheCataloguesValue) {
-    struct Case {
-        int32_t id;
-        int32_t kind;
-        int32_t count;
-        int32_t value;
-    };
     // Rocket costs 500, the Noble pass 100; 999 is unknown, kind 7 is no kind.
-    const std::vector<Case> cases = {
-        {103, kVxSendGift, 3, 1500},
-        {301, kVxSendProp, 2, 200},
-        {999, kVxSendGift, 1, 0},
-        {103, 7, 1, 0},
-    };
+    const struct {
+        int32_t id, kind, count, value;
+    } cases[] = {{103, kVxSendGift, 3, 1500},
+                 {301, kVxSendProp, 2, 200},
+                 {999, kVxSendGift, 1, 0},
+                 {103, 7, 1, 0}};
     const std::string room = std::to_string(service_->getRoomId());
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         service_->barrageLoginCall(c.id, c.kind, c.count);
     }
     ASSERT_TRUE(server().waitUntil(
-        [&](const Records& r) { return !r.empty() && r[0].gifts.size() == cases.size(); }, 5s));
+        [&](const Records& r) { return !r.empty() && r[0].gifts.size() == std::size(cases); }, 5s));
     const std::vector<std::string> sent = server().connections()[0].gifts;
-    for (std::size_t i = 0; i < cases.size(); ++i) {
-        const Case& c = cases[i];
+    for (std::size_t i = 0; i < std::size(cases); ++i) {
+        const auto& c = cases[i];
         EXPECT_EQ(sent[i], "type=giftsend;ga1=1;ga2=" + room + ";ga3=2;ga4=" +
                                std::to_string(c.value) + ";ga5=" + std::to_string(c.id) +
                                ";ga6=" + std::to_string(c.count) + ";ga7=;");
@@ -156,7 +150,7 @@ TEST_F(CatalogueBarrage, SlotTwentySixSendsTheCataloguesValue) {
     service_->logout();
     service_->barrageLoginCall(103, kVxSendGift, 1);
     std::this_thread::sleep_for(200ms);
-    EXPECT_EQ(server().connections()[0].gifts.size(), cases.size());
+    EXPECT_EQ(server().connections()[0].gifts.size(), std::size(cases));
 }
 
 }  // namespace

@@ -41,19 +41,18 @@ TEST_F(CatalogueParsers, GiftListKeepsUsableEntriesAndSplitsOutSkins) {
 }
 
 TEST_F(CatalogueParsers, RefusedRepliesGiveTheirCodes) {
-    struct Case {
+    const struct {
         const char* name;
         QByteArray reply;
         int expected;
-    };
-    const std::vector<Case> cases = {
+    } cases[] = {
         {"server code passes", R"({"error":1404,"data":"item not found"})", 1404},
         {"session code mapped", R"({"error":606,"data":"expired"})", 220},
         {"no data object", R"({"error":0,"data":[1,2]})", 1},
         {"not JSON", "<html>", DataParser::kReplyNotJson},
         {"single entry without id", R"({"error":0,"data":{"name":"x"}})", 1},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
         VxGiftRecord gift;
         std::vector<VxGiftSkinRecord> skins;

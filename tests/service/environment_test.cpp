@@ -94,13 +94,12 @@ TEST(Environment, ReadFromDefaultDataOrSaidWhyNot) {
 }
 
 TEST(OsName, WindowsVersionTable) {
-    struct Case {
+    const struct {
         int major, minor;
         const char* name;
-    };
-    const Case cases[] = {{5, 1, "Windows XP"}, {6, 1, "Windows 7"},   {6, 3, "Windows 8.1"},
-                          {6, 4, "Unknown"},    {10, 7, "Windows 10"}, {11, 0, "Unknown"}};
-    for (const Case& c : cases) {
+    } cases[] = {{5, 1, "Windows XP"}, {6, 1, "Windows 7"},   {6, 3, "Windows 8.1"},
+                 {6, 4, "Unknown"},    {10, 7, "Windows 10"}, {11, 0, "Unknown"}};
+    for (const auto& c : cases) {
         EXPECT_EQ(tolvane::windowsNameForVersion(c.major, c.minor).toStdString(), c.name)
             << c.major << "." << c.minor;
     }

@@ -25,14 +25,13 @@ TEST_F(NoAnswer, EveryOperationGives210AndKeepsTheHostsValues) {
     LoginCheckRequest phone;
     phone.phoneText1 = "13800000001";
     auto& s = service();
-    struct Row {
+    // clang-format off
+    const struct {
         const char* name;
         std::function<int32_t(std::string& message)> call;
         bool networkText;
         bool library;
-    };
-    // clang-format off
-    const Row rows[] = {
+    } rows[] = {
         {"getFollowCnt", [&](std::string&) { return s.getFollowCnt(count); }, false, false},
         {"reportAnchorLocation", [&](std::string& m) { return s.reportAnchorLocation("Hangzhou", "120.1", "30.2", m); }, true, false},
         {"getCustomerServiceEntry", [&](std::string&) { return s.getCustomerServiceEntry("tolvane_pc", remark, url); }, false, false},
@@ -58,7 +57,7 @@ TEST_F(NoAnswer, EveryOperationGives210AndKeepsTheHostsValues) {
     // clang-format on
     sim().stop();
     EXPECT_EQ(s.getLivingStatistic(), 0.0);
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         if (row.library) {
             service_ = std::make_unique<VxNetServiceImp>(nullptr, nullptr);
