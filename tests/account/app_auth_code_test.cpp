@@ -28,27 +28,12 @@ void answerWith(tolvane::sim::SimPlatform& sim, const char* method, const char* 
 
 using AppAuthPorts = SimServiceTest;
 
-TEST_F(AppAuthPorts, OnlyMinusOneAndNonNumbersAreDropped) {
-    const struct {
-        const char* name;
-        QJsonArray ports;
-        std::vector<int32_t> expected;
-    } cases[] = {
-        {"mixed", QJsonArray{8000, -1, "x", 8001, -7}, {8000, 8001, -7}},
-        {"numbers as text are not numbers", QJsonArray{"8000", 9000}, {9000}},
-        {"empty", QJsonArray{}, {}},
-    };
-    for (const auto& c : cases) {
-        platform().passport().setAuthPorts(c.ports);
-        std::vector<int32_t> ports;
-        EXPECT_EQ(service().getLoginAuthPorts(ports), 0) << c.name;
-        EXPECT_EQ(ports, c.expected) << c.name;
-    }
-}
-
-TEST_F(AppAuthPorts, SignatureTravelsInQueryAndHeaders) {
+// Only -1 and non-numbers leave the list, and the signature travels in the query and headers.
+TEST_F(AppAuthPorts, ListedPortsAndTheirSignature) {
+    platform().passport().setAuthPorts(QJsonArray{8000, -1, "x", "8001", 8002, -7});
     std::vector<int32_t> ports;
     ASSERT_EQ(service().getLoginAuthPorts(ports), 0);
+    EXPECT_EQ(ports, (std::vector<int32_t>{8000, 8002, -7}));
     const auto requests = sim().http().requestLog().to("/japi/app/auth/port");
     ASSERT_EQ(requests.size(), 1u);
     const SimRequest& sent = requests.front();
@@ -59,7 +44,6 @@ TEST_F(AppAuthPorts, SignatureTravelsInQueryAndHeaders) {
         EXPECT_FALSE(sent.header(key).empty()) << key;
         EXPECT_EQ(sent.header(key), sent.queryValue(key)) << key;
     }
-
     // The same request without the headers is refused by the passport host.
     httplib::Client client(sim().environment().origin());
     const auto plain = client.Get("/japi/app/auth/port?" + sent.rawQuery);
@@ -67,6 +51,7 @@ TEST_F(AppAuthPorts, SignatureTravelsInQueryAndHeaders) {
     EXPECT_NE(plain->body.find("\"error\":1012"), std::string::npos) << plain->body;
 }
 
+// A refusal keeps the host's list and logs the reply and the URL.
 TEST_F(AppAuthPorts, RefusalsKeepTheListAndLogTheReply) {
     const struct {
         const char* body;

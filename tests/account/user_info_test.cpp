@@ -2,7 +2,6 @@
 
 #include "parse/data_parser.h"
 #include "support/log_reader.h"
-#include "support/scoped_env.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
@@ -39,10 +38,9 @@ TEST(UserInfoParse, FieldRules) {
     EXPECT_EQ(message, "服务器数据异常");
 }
 
-using UserInfo = SimServiceTest;
+using UserInfo = LoggedInSimServiceTest;
 
 TEST_F(UserInfo, RecordAccessorsAndRefresh) {
-    login();
     UserRecord user;
     service().getUserRecord(user);
     EXPECT_EQ(user.uid, "10001");
@@ -57,7 +55,7 @@ TEST_F(UserInfo, RecordAccessorsAndRefresh) {
 
     std::string error;
     EXPECT_TRUE(service().refreshUserInfo(error));
-    EXPECT_EQ(sim().http().requestLog().to("/api/v1/my_info").size(), 2u);
+    EXPECT_EQ(requestsTo("/api/v1/my_info").size(), 2u);
     service().logout();
     EXPECT_FALSE(service().refreshUserInfo(error));
     EXPECT_TRUE(mainLogHas("refreshUserInfo error: 220"));

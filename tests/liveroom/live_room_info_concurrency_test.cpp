@@ -61,14 +61,9 @@ TEST(LiveRoomInfoConcurrency, WritersAndReadersOnManyThreads) {
 
     std::vector<std::thread> threads;
     threads.emplace_back([&] {  // the service
-        std::vector<VxGiftRecord> gifts;
-        for (int32_t id = 100; id < 104; ++id) {
-            VxGiftRecord gift;
-            gift.id = id;
-            gift.name = "gift " + std::to_string(id);
-            gift.price = id;
-            gifts.push_back(gift);
-        }
+        VxGiftRecord gift;
+        gift.id = gift.price = 100;
+        gift.name = "gift 100";
         VxGiftSkinRecord skin;
         skin.id = 1001;
         skin.giftId = 100;
@@ -76,7 +71,7 @@ TEST(LiveRoomInfoConcurrency, WritersAndReadersOnManyThreads) {
         prop.id = 300;
         prop.price = 1;
         for (int round = 0; running; ++round) {
-            store.storeGifts(gifts, {skin});
+            store.storeGifts({gift}, {skin});
             store.storeProps({prop});
             store.setCurrentUserId(round);
             store.setClientVersion("v" + std::to_string(round));
