@@ -7,8 +7,7 @@
 
 namespace {
 
-// The login result as a JSON reply, for a login over plain HTTP. Every case starts from an
-// earlier remote-login refusal and an earlier session, so what a reply leaves alone shows.
+// A login over plain HTTP; each case follows a remote-login refusal, so what a reply keeps shows.
 TEST(LoginReplyJson, RemoteLoginsMissingTokensAndSessions) {
     IsolatedWorkspace workspace;
     const std::string kept = "kept";

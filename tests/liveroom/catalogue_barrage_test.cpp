@@ -45,8 +45,7 @@ protected:
     }
 };
 
-// A thousand messages in about a second name a gift the template lacks; the gift service is
-// slow to answer. Every message reaches the host at once, and the gift is fetched once.
+// A thousand messages a second name a gift the template lacks, which is slow to fetch.
 TEST_F(CatalogueBarrage, AnUnknownGiftIsFetchedOnceWithoutHoldingUpTheFeed) {
     constexpr int kMessages = 1000;
     const int32_t lateGift = catalogue::kLateGift;

@@ -17,8 +17,7 @@ int countOf(int result, const std::vector<Record>& records) {
     return result == 0 ? static_cast<int>(records.size()) : -1;
 }
 
-// Each configuration file through its parser: the result, or -1 when it failed, is the number
-// of entries read. The emotion white list is kept in the parser and counted there.
+// Each configuration file's parser, giving the number of entries read or -1 for a failure.
 const std::vector<std::pair<const char*, std::function<int(DataParser&, const QByteArray&)>>>
     kParsers = {
         {"gift template",

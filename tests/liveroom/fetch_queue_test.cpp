@@ -24,8 +24,7 @@ FetchQueue::Policy fastPolicy(int attempts) {
     return policy;
 }
 
-// A fetch that counts itself and waits until the test releases it, so that it is still running
-// while the requests under test arrive.
+// Fetches that count themselves and run until released, so requests arrive while they run.
 struct HeldFetches {
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();

@@ -1,5 +1,4 @@
-// A host that treats the catalogue as a Qt GUI host would: each callback is handed to the GUI
-// thread and waits there until the GUI thread has run it, and the GUI thread is the service's.
+// A Qt GUI host hands each catalogue callback to its GUI thread, the service's, and waits.
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>

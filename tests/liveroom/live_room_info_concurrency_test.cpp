@@ -46,9 +46,8 @@ private:
     IVxLiveRoomInfo& store_;
 };
 
-// The service's thread refills and clears the tables, barrage threads name gifts and props the
-// tables lack (so the fetch thread writes too), and host threads read and come and go as
-// observers, all at once. Under TSan this is the check that every table is properly locked.
+// The service, barrage (and so fetch) and host threads use the tables at once: under TSan this
+// is the check that every table is properly locked.
 TEST(LiveRoomInfoConcurrency, WritersAndReadersOnManyThreads) {
     IsolatedWorkspace workspace;
     tolvane::sim::SimPlatform sim(workspace.path());

@@ -163,8 +163,7 @@ TEST_F(AsyncNetServiceTest, CancelAbortsARunningOperationAndDropsAQueuedOne) {
                                                        "kept ran", "kept answered"}));
 }
 
-// A worker thread may post for an object of the UI thread; the answer still arrives there, and
-// none arrives for an object destroyed while its operation ran.
+// A worker thread may post for a UI object: the answer goes to its thread, or nowhere once gone.
 TEST_F(AsyncNetServiceTest, PostFromAnotherThreadAnswersOnTheContextsThread) {
     AsyncNetService net(&createRecorded, nullptr, nullptr);
     QObject context;

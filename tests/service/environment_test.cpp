@@ -49,8 +49,7 @@ TEST(Environment, RedirectedInstallSaysSoOnceAtStartUp) {
     }
 }
 
-// The environment taken from default.data; a host that ends up on production because of its
-// default.data reads why in one line of tolvane.log, while a file that was read says nothing.
+// A host put on production by its default.data reads why in tolvane.log; a read file says nothing.
 TEST(Environment, ReadFromDefaultDataOrSaidWhyNot) {
     enum class Shape { None, Folder, Text };
     const struct {

@@ -42,8 +42,7 @@ TEST(InterfaceSlots, ServiceOperationsSitAtTheirSlots) {
     }
 }
 
-// Hosts count the listener's destructor once (as on Windows); the Itanium ABI gives it two
-// entries, so the n-th operation, counted from 1 after the destructor, sits at entry n + 1.
+// Hosts count the listener's destructor once (as on Windows); the Itanium ABI gives it two.
 TEST(InterfaceSlots, ListenerOperationsSitAtTheirSlots) {
     // clang-format off
 #define AT(method) SlotCase{#method, vtableIndex(&IRoomListener::method), 0}

@@ -11,9 +11,8 @@ namespace {
 
 using NoAnswer = AnchorRoomSimServiceTest;
 
-// With the platform gone every operation returns 210 and leaves what the host passed in; those
-// that hand back a message hand back the network text, and the login library's calls also store
-// their own text, each on a service of its own so that an earlier row cannot have stored it.
+// With the platform gone every operation gives 210 and keeps the host's values; login-library
+// rows each get a fresh service, so that an earlier row cannot have stored their text.
 TEST_F(NoAnswer, EveryOperationGives210AndKeepsTheHostsValues) {
     int32_t count = 7, expire = 7, hasIcon = 0, roomId = 0;
     bool hasTags = true, voice = true;

@@ -34,8 +34,7 @@ SimSignRule expectedRule(const OperationRow& row) {
     }
 }
 
-// Module and simulator each keep their own table of the platform's services; every operation
-// the module can send must meet a route that expects exactly that request.
+// Module and simulator keep tables of their own, so every operation must meet a matching route.
 TEST(OperationRoutes, EveryRowMeetsItsSimulatorRoute) {
     IsolatedWorkspace workspace;
     tolvane::sim::SimPlatform sim(workspace.path());

@@ -11,9 +11,8 @@
 
 namespace {
 
-// Requests of the module's own operations as they went over the wire, with the values that
-// change on every run (clock, signature, session) masked. The file beside this test was
-// written by the first version of each operation; a change of what goes out shows here.
+// The requests as the first version of each operation sent them, with per-run values masked,
+// so that any change of what goes out shows (TOLVANE_RECORD_WIRE=1 writes the file anew).
 const char kGoldenFile[] = TOLVANE_TEST_DATA_DIR "/operation_wire.txt";
 
 QString masked(QString text) {

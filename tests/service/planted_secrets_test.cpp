@@ -46,8 +46,7 @@ void expectNoneLeaked(const QString& logs, const std::vector<std::string>& secre
 
 class PlantedSecrets : public SimServiceTest {};
 
-// The broadcast road with every failure path that writes a request, a URL or a reply, each
-// carrying secrets: none of them may reach tolvane.log, php.log or msg.log in clear.
+// The broadcast road and every failure path that logs a request, URL or reply, full of secrets.
 TEST_F(PlantedSecrets, NoneReachesALogFile) {
     ASSERT_TRUE(sim().startBarrageServers(1));
     const std::string pushKey = "880001_PlantedStream7Q?key=PlantedPushKey9Z";

@@ -24,9 +24,7 @@ protected:
     }
 };
 
-// php.log as the service writes it: a session's two bare lines, the clock request's path and
-// the size and head of its reply, then the URL of each host-composed request. tolvane.log
-// holds a failed host-composed request's banner, the made-up reply, the URL and a POST's form.
+// Hosts read php.log and tolvane.log line by line, so the lines are known in full.
 TEST_F(RequestLogLines, ClockAndHostComposedRequests) {
     ASSERT_TRUE(waitUntil([] { return readLogMessages(kRequestLog).size() >= 4; }, 5000))
         << "waiting for the clock's reply in php.log";
@@ -70,8 +68,7 @@ TEST_F(RequestLogLines, ClockAndHostComposedRequests) {
 
 class SilentSlots : public LoggedInSimServiceTest {};
 
-// Slots that send nothing, with every line each writes to tolvane.log: no banner where the
-// operation has none, and no line beyond its banner for a refused push line.
+// Slots that send nothing, with every line each writes to tolvane.log.
 TEST_F(SilentSlots, WriteOnlyTheirOwnLinesAndSendNothing) {
     const struct {
         const char* what;
