@@ -8,7 +8,6 @@
 
 #include "http/sim_replies.h"
 #include "log/log_writer.h"
-#include "platform/sim_account_code_service.h"
 #include "platform/sim_caller.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"

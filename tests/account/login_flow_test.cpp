@@ -3,9 +3,6 @@
 #include <functional>
 #include <string>
 
-#include "log/log_writer.h"
-#include "parse/reply_texts.h"
-#include "platform/sim_passport_service.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 

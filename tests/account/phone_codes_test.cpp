@@ -3,17 +3,12 @@
 #include <functional>
 #include <string>
 
-#include "http/sim_replies.h"
-#include "log/log_writer.h"
-#include "parse/reply_texts.h"
-#include "platform/sim_account_code_service.h"
 #include "platform/sim_caller.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
 
-using tolvane::sim::SimPairs;
 using tolvane::sim::SimRequest;
 
 constexpr const char* kAnchorPhone = "13800000001";

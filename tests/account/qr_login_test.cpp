@@ -3,8 +3,6 @@
 #include <string>
 
 #include "http/sim_replies.h"
-#include "log/log_writer.h"
-#include "parse/reply_texts.h"
 #include "platform/sim_qr_control.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"

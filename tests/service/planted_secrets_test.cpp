@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "log/log_writer.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
