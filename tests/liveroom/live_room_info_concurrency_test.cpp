@@ -35,15 +35,12 @@ int64_t readEverything(IVxLiveRoomInfo& store, int32_t id) {
     return sum + static_cast<int64_t>(store.clientVersion().size());
 }
 
-class ReadingSubject : public IVxDataSubject {
-public:
-    explicit ReadingSubject(IVxLiveRoomInfo& store) : store_(store) {}
-    void onTableChanged(VxCatalogueTable) override { sum += readEverything(store_, 106); }
+struct ReadingSubject : IVxDataSubject {
+    explicit ReadingSubject(IVxLiveRoomInfo& reading) : store(reading) {}
+    void onTableChanged(VxCatalogueTable) override { sum += readEverything(store, 106); }
     void onRoomChanged(int32_t roomId) override { sum += roomId; }
+    IVxLiveRoomInfo& store;
     std::atomic<int64_t> sum{0};
-
-private:
-    IVxLiveRoomInfo& store_;
 };
 
 // The service, barrage (and so fetch) and host threads use the tables at once: under TSan this
