@@ -6,24 +6,14 @@
 #include <string>
 #include <vector>
 
-#include "http/sim_replies.h"
 #include "log/log_writer.h"
-#include "platform/sim_caller.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
 
-using tolvane::sim::SimReply;
+using tolvane::sim::SimFault;
 using tolvane::sim::SimRequest;
-
-// A reply of our own on one of the two passport-host routes.
-void answerWith(tolvane::sim::SimPlatform& sim, const char* method, const char* path,
-                const std::string& body) {
-    tolvane::sim::addHostRoute(sim.http(), method, 2, path, path + 1, [body](const SimRequest&) {
-        return SimReply{200, body};
-    });
-}
 
 using AppAuthPorts = SimServiceTest;
 
@@ -61,7 +51,7 @@ TEST_F(AppAuthPorts, RefusalsKeepTheListAndLogTheReply) {
         {R"({"error":0,"data":{"port":[1]},)", -1000},
     };
     for (const auto& c : cases) {
-        answerWith(sim(), "GET", "/japi/app/auth/port", c.body);
+        sim().http().setFault("/japi/app/auth/port", SimFault::httpStatus(200, c.body));
         std::vector<int32_t> ports{42};
         EXPECT_EQ(service().getLoginAuthPorts(ports), c.expected) << c.body;
         EXPECT_EQ(ports, std::vector<int32_t>{42}) << c.body;
@@ -109,7 +99,10 @@ TEST_F(AppAuthCode, FailureLeavesRefererAndExpireAsGiven) {
         {"logged out: no long token", [this] { service().logout(); }, "13", 227},
         {"wrong business type", [] {}, "12", 4501},
         {"no data",
-         [this] { answerWith(sim(), "POST", "/japi/app/auth/generateCode", R"({"error":0})"); },
+         [this] {
+             sim().http().setFault("/japi/app/auth/generateCode",
+                                   SimFault::httpStatus(200, R"({"error":0})"));
+         },
          "13", 1},
     };
     for (const auto& c : cases) {

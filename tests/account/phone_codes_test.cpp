@@ -3,13 +3,10 @@
 #include <functional>
 #include <string>
 
-#include "platform/sim_caller.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
-
-using tolvane::sim::SimRequest;
 
 constexpr const char* kAnchorPhone = "13800000001";
 constexpr const char* kTravellerPhone = "13900000002";
@@ -121,11 +118,7 @@ TEST_F(BindingCodes, TheCodeKeyIsResult) {
     for (const char* path : {"/api/v1/sendPhoneCaptcha2", "/api/v1/bindphone2"}) {
         for (const auto& c : cases) {
             SCOPED_TRACE(std::string(path) + ": " + c.name);
-            const std::string body = c.body;
-            tolvane::sim::addHostRoute(sim().http(), "POST", 0, path, path + 1,
-                                       [body](const SimRequest&) {
-                                           return tolvane::sim::SimReply{200, body};
-                                       });
+            sim().http().setFault(path, tolvane::sim::SimFault::httpStatus(200, c.body));
             std::string error = "untouched";
             LoginCheckRequest request;
             request.phoneText1 = "13700000009";

@@ -2,7 +2,6 @@
 
 #include <string>
 
-#include "http/sim_replies.h"
 #include "platform/sim_qr_control.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
@@ -95,10 +94,8 @@ TEST_F(QrLogin, ExpiredCodesAreRefusedAndTheCommandConfirmsForAnyAccount) {
 }
 
 TEST_F(QrLogin, RefusedCodeRequestIsLogged) {
-    sim().http().routes().add(
-        {"POST", tolvane::sim::SimAddressTable::Base, 0, "/scan/code", "scan/code",
-         tolvane::sim::SimSignRule::Query,
-         [](const tolvane::sim::SimRequest&) { return tolvane::sim::errorReply(603, "refused"); }});
+    sim().http().setFault("/scan/code",
+                          tolvane::sim::SimFault::httpStatus(200, R"({"error":603,"data":"no"})"));
     std::string url = "u", code = "c";
     int32_t expire = 7;
     EXPECT_EQ(service().getQRCodeURL(url, code, expire), 214);
