@@ -28,7 +28,8 @@ using tolvane::sim::SimFault;
 using tolvane::sim::SimHttpServer;
 
 constexpr int kSlowMs = 600;
-constexpr int kHeldMs = 8000;  // longer than any test may take: only an abort ends it early
+constexpr int kWaitMs = 10000;  // the slow operation on a loaded machine can take a while
+constexpr int kHeldMs = 8000;   // longer than any test may take: only an abort ends it early
 // A route that answers, held back: an operation on it ends unanswered only when aborted.
 constexpr const char* kHeld = "/api/sim/echo/none";
 
@@ -53,11 +54,6 @@ ILiveencoderNetService* createRecorded(ServiceObserver* observer, BreadcrumbSink
 
 ILiveencoderNetService* createNothing(ServiceObserver*, BreadcrumbSink*) {
     return nullptr;
-}
-
-// The slow operation and a loaded machine together can take a while.
-bool spinUntil(const std::function<bool()>& condition) {
-    return waitUntil(condition, 10000);
 }
 
 class AsyncNetServiceTest : public ::testing::Test {
@@ -114,7 +110,7 @@ TEST_F(AsyncNetServiceTest, CallerLoopKeepsTurningWhileASlowOperationRuns) {
         });
     EXPECT_NE(ticket, 0u);
 
-    ASSERT_TRUE(spinUntil([&] { return answered; }));
+    ASSERT_TRUE(waitUntil([&] { return answered; }, kWaitMs));
     EXPECT_GE(elapsed.elapsed(), kSlowMs - 50);
     EXPECT_GE(ticks, kSlowMs / 20 / 2) << "the caller's timer stalled";
     EXPECT_EQ(answeredOn, QThread::currentThread());
@@ -146,7 +142,7 @@ TEST_F(AsyncNetServiceTest, CancelAbortsARunningOperationAndDropsAQueuedOne) {
             return true;
         },
         &context, answered("kept"));
-    ASSERT_TRUE(spinUntil([&] { return log_.heard("slow started"); }));
+    ASSERT_TRUE(waitUntil([&] { return log_.heard("slow started"); }, kWaitMs));
 
     QElapsedTimer elapsed;
     elapsed.start();
@@ -154,7 +150,7 @@ TEST_F(AsyncNetServiceTest, CancelAbortsARunningOperationAndDropsAQueuedOne) {
     EXPECT_TRUE(net.cancel(dropped));
     EXPECT_FALSE(net.cancel(dropped)) << "a ticket is cancelled once";
     EXPECT_FALSE(net.cancel(0));
-    ASSERT_TRUE(spinUntil([&] { return log_.heard("kept answered"); }));
+    ASSERT_TRUE(waitUntil([&] { return log_.heard("kept answered"); }, kWaitMs));
     EXPECT_LT(elapsed.elapsed(), 1000) << "the running transfer was waited out";
     EXPECT_FALSE(net.cancel(kept)) << "a finished operation cannot be cancelled";
 
@@ -178,20 +174,19 @@ TEST_F(AsyncNetServiceTest, PostFromAnotherThreadAnswersOnTheContextsThread) {
         net.post(slowOperation(), lost.get(), [this](bool) { log_.add("lost answered"); });
     });
     poster.join();
-    ASSERT_TRUE(
-        spinUntil([&] { return answeredOn.load() != nullptr && log_.heard("slow started"); }));
+    ASSERT_TRUE(waitUntil(
+        [&] { return answeredOn.load() != nullptr && log_.heard("slow started"); }, kWaitMs));
     EXPECT_EQ(answeredOn.load(), QThread::currentThread());
     lost.reset();
     // Answers arrive in order, so once a later one is in, the lost one would have been too.
     net.post([](ILiveencoderNetService& service) { return service.getBizType(); }, &context,
              [this](int32_t) { log_.add("later answered"); });
-    ASSERT_TRUE(spinUntil([&] { return log_.heard("later answered"); }));
+    ASSERT_TRUE(waitUntil([&] { return log_.heard("later answered"); }, kWaitMs));
     EXPECT_FALSE(log_.heard("lost answered"));
 }
 
 TEST_F(AsyncNetServiceTest, DestructionAbortsTheRunningOperationAndDropsTheRest) {
     QObject context;
-    QFuture<int32_t> pendingFuture;
     auto net = std::make_unique<AsyncNetService>(&createRecorded, nullptr, nullptr);
     net->post(slowOperation(kHeld), &context, [this](bool) { log_.add("slow answered"); });
     net->post(
@@ -200,8 +195,9 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsTheRunningOperationAndDropsTheRest)
             return 0;
         },
         &context, [this](int) { log_.add("pending answered"); });
-    pendingFuture = net->post([](ILiveencoderNetService& service) { return service.getBizType(); });
-    ASSERT_TRUE(spinUntil([&] { return log_.heard("slow started"); }));
+    QFuture<int32_t> pendingFuture =
+        net->post([](ILiveencoderNetService& service) { return service.getBizType(); });
+    ASSERT_TRUE(waitUntil([&] { return log_.heard("slow started"); }, kWaitMs));
     QElapsedTimer elapsed;
     elapsed.start();
     {
@@ -235,7 +231,7 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsALoginHeldByThePassport) {
         log_.add("login ended " + std::to_string(code));
         return code;
     });
-    ASSERT_TRUE(spinUntil([&] { return log_.heard("login started"); }));
+    ASSERT_TRUE(waitUntil([&] { return log_.heard("login started"); }, kWaitMs));
     QThread::msleep(100);  // the request is on its way to the held route
     QElapsedTimer elapsed;
     elapsed.start();
@@ -262,10 +258,10 @@ TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellation) {
         net.post([](ILiveencoderNetService& service) { service.setProxy(""); });
     net.post([](ILiveencoderNetService& service) { service.setProxy(""); }, &context,
              [this] { log_.add("void answered"); });
-    ASSERT_TRUE(spinUntil([&] { return log_.heard("slow started"); }));
+    ASSERT_TRUE(waitUntil([&] { return log_.heard("slow started"); }, kWaitMs));
     cancelled.cancel();
 
-    ASSERT_TRUE(spinUntil([&] { return log_.heard("void answered"); }));
+    ASSERT_TRUE(waitUntil([&] { return log_.heard("void answered"); }, kWaitMs));
     EXPECT_TRUE(proxySet.isFinished());
     EXPECT_FALSE(proxySet.isCanceled());
     appId.waitForFinished();

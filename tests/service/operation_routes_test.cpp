@@ -17,21 +17,13 @@ using tolvane::sim::SimSignRule;
 
 // How the platform checks what each kind of row signs.
 SimSignRule expectedRule(const OperationRow& row) {
+    using R = SimSignRule;
     if (row.onHostTable) {
-        return row.signingPath != nullptr ? SimSignRule::CommonLists : SimSignRule::None;
+        return row.signingPath != nullptr ? R::CommonLists : R::None;
     }
-    switch (row.kind) {
-        case 6:
-            return SimSignRule::Mobile3;
-        case 10:
-            return SimSignRule::Mobile2;
-        case 8:
-        case 9:
-        case 11:
-            return SimSignRule::None;
-        default:
-            return SimSignRule::Query;
-    }
+    const R byKind[] = {R::Query,   R::Query, R::Query, R::Query, R::Query,   R::Query,
+                        R::Mobile3, R::Query, R::None,  R::None,  R::Mobile2, R::None};
+    return row.kind >= 0 && row.kind < 12 ? byKind[row.kind] : R::Query;
 }
 
 // Module and simulator keep tables of their own, so every operation must meet a matching route.
