@@ -32,17 +32,6 @@ std::string shortTokenOf(const std::string& sessionToken) {
     return fields.size() == 5 ? fields[2].toStdString() : std::string();
 }
 
-void expectNoneLeaked(const QString& logs, const std::vector<std::string>& secrets) {
-    for (const std::string& secret : secrets) {
-        ASSERT_FALSE(secret.empty());
-        // Whole values only: a six-digit code may well occur inside a longer number.
-        const QRegularExpression whole("(?<![0-9A-Za-z])" +
-                                       QRegularExpression::escape(QString::fromStdString(secret)) +
-                                       "(?![0-9A-Za-z])");
-        EXPECT_FALSE(whole.match(logs).hasMatch()) << "in clear: " << secret;
-    }
-}
-
 class PlantedSecrets : public SimServiceTest {};
 
 // The broadcast road and every failure path that logs a request, URL or reply, full of secrets.
@@ -123,7 +112,14 @@ TEST_F(PlantedSecrets, NoneReachesALogFile) {
     service_.reset();  // closes php.log and msg.log
 
     const QString logs = allLogText(workspace_.path());
-    expectNoneLeaked(logs, secrets);
+    for (const std::string& secret : secrets) {
+        ASSERT_FALSE(secret.empty());
+        // Whole values only: a six-digit code may well occur inside a longer number.
+        const QRegularExpression whole("(?<![0-9A-Za-z])" +
+                                       QRegularExpression::escape(QString::fromStdString(secret)) +
+                                       "(?![0-9A-Za-z])");
+        EXPECT_FALSE(whole.match(logs).hasMatch()) << "in clear: " << secret;
+    }
     // The lines that used to carry the secrets were written, with the values masked.
     for (const char* expected : {"post:", "token=<masked:", R"(\"long_token\":\"<masked:)",
                                  "\"rtmp_send_live\":\"<masked:", "code=<masked:",
