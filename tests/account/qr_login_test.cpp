@@ -46,7 +46,6 @@ TEST_F(QrLogin, StateWalkEndsInALoggedInSession) {
         const char* message;
     } steps[] = {
         {"nobody scanned", [] {}, 233, "等待扫码"},
-        {"still waiting", [] {}, 233, "等待扫码"},
         {"scanned", [&] { phone.scanQr(code, "anchor"); }, 130019, "已扫码，请在手机上确认登录"},
         {"confirmed", [&] { phone.confirmQr(code); }, 0, ""},
         {"used up", [] {}, 225, "二维码已失效"},

@@ -66,13 +66,10 @@ protected:
 };
 
 // Each step returns, and the waiting callback is served.
-TEST_F(BlockingCatalogueObserver, ReloadServesAWaitingCallback) {
+TEST_F(BlockingCatalogueObserver, ReloadAndLogoutServeAWaitingCallback) {
     ASSERT_NO_FATAL_FAILURE(whileACallbackWaits("slot 49", [&] { service().loadGiftTables(); }));
     EXPECT_TRUE(waitUntil([&] { return subject_.gui.waiting() == 0; }));
     store().removeObserver(&subject_);
-}
-
-TEST_F(BlockingCatalogueObserver, LogoutServesAWaitingCallback) {
     ASSERT_NO_FATAL_FAILURE(whileACallbackWaits("slot 36", [&] { service().logout(); }));
     EXPECT_TRUE(waitUntil([&] { return subject_.gui.waiting() == 0; }));
     store().removeObserver(&subject_);
