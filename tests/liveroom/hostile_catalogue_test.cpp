@@ -65,11 +65,20 @@ protected:
     HandingOverSubject subject_;
 };
 
-// Each step returns, and the waiting callback is served.
-TEST_F(BlockingCatalogueObserver, ReloadAndLogoutServeAWaitingCallback) {
+// Each step returns, and the waiting callback is served; once removeObserver returns, no
+// callback runs or starts, though the other resource files still load and change tables.
+TEST_F(BlockingCatalogueObserver, ReloadRemovalAndLogoutGoOnWhileACallbackWaits) {
     ASSERT_NO_FATAL_FAILURE(whileACallbackWaits("slot 49", [&] { service().loadGiftTables(); }));
     EXPECT_TRUE(waitUntil([&] { return subject_.gui.waiting() == 0; }));
     store().removeObserver(&subject_);
+
+    ASSERT_NO_FATAL_FAILURE(
+        whileACallbackWaits("removeObserver()", [&] { store().removeObserver(&subject_); }));
+    EXPECT_EQ(subject_.gui.waiting(), 0);
+    const int calls = subject_.calls.load();
+    ASSERT_TRUE(waitUntil([&] { return !catalogue().fetching(); }));
+    EXPECT_EQ(subject_.calls.load(), calls);
+
     ASSERT_NO_FATAL_FAILURE(whileACallbackWaits("slot 36", [&] { service().logout(); }));
     EXPECT_TRUE(waitUntil([&] { return subject_.gui.waiting() == 0; }));
     store().removeObserver(&subject_);
@@ -78,16 +87,6 @@ TEST_F(BlockingCatalogueObserver, ReloadAndLogoutServeAWaitingCallback) {
 TEST_F(BlockingCatalogueObserver, ReleaseServesAWaitingCallback) {
     ASSERT_NO_FATAL_FAILURE(whileACallbackWaits("slot 25", [&] { release(); }));
     EXPECT_EQ(subject_.gui.waiting(), 0);
-}
-
-TEST_F(BlockingCatalogueObserver, NoCallbackRunsOrStartsOnceRemoveObserverReturns) {
-    ASSERT_NO_FATAL_FAILURE(
-        whileACallbackWaits("removeObserver()", [&] { store().removeObserver(&subject_); }));
-    EXPECT_EQ(subject_.gui.waiting(), 0);
-    const int calls = subject_.calls.load();
-    // The other resource files still load, and change tables, after the removal.
-    ASSERT_TRUE(waitUntil([&] { return !catalogue().fetching(); }));
-    EXPECT_EQ(subject_.calls.load(), calls);
 }
 
 ILiveencoderNetService* createService(ServiceObserver* observer, BreadcrumbSink* sink) {

@@ -12,25 +12,14 @@
 
 namespace {
 
-TEST(ServiceLifecycle, ConstructionAndDestructionLines) {
-    auto* service = new VxNetServiceImp(nullptr, nullptr);
-    EXPECT_EQ(readLogMessages(tolvane::log::kMainLog).mid(0, 2), QStringList({"", ""}));
-
-    service->stop();
-    service->release();
-    const QStringList lines = readLogMessages(tolvane::log::kMainLog);
-    EXPECT_TRUE(lines.contains("call function: VxNetServiceImp::stop -----------------"));
-    EXPECT_EQ(lines.last().toStdString(),
-              "call function: VxNetServiceImp::~VxNetServiceImp -----------------");
-}
-
-TEST(ServiceLifecycle, StopCutsTheObserverOff) {
+// Made, a service writes two bare lines; stopped, it forwards nothing; destroyed, it says so last.
+TEST(ServiceLifecycle, StopCutsTheObserverOffAndDestructionIsTheLastLine) {
     RecordingObserver observer;
-    VxNetServiceImp service(&observer, nullptr);
-    IRoomListener& listener = service;
+    auto* service = new VxNetServiceImp(&observer, nullptr);
+    EXPECT_EQ(readLogMessages(tolvane::log::kMainLog).mid(0, 2), QStringList({"", ""}));
+    IRoomListener& listener = *service;
     BarrageMessage message;
     message.typeName = "chatmsg";
-
     // Every forwarding slot answers 0, with or without an observer to forward to.
     auto deliver = [&](int32_t status, const char* text) {
         EXPECT_EQ(listener.onRoomStatus(status) | listener.onHostText(text) |
@@ -38,12 +27,16 @@ TEST(ServiceLifecycle, StopCutsTheObserverOff) {
                   0);
     };
     deliver(0, "hello");
-    service.stop();
+    service->stop();
     deliver(213, "after stop");
+    EXPECT_EQ(observer.events(), (std::vector<std::string>{"status 0", "text hello",
+                                                           "end 2 3.000000", "message chatmsg"}));
 
-    const std::vector<std::string> expected = {"status 0", "text hello", "end 2 3.000000",
-                                               "message chatmsg"};
-    EXPECT_EQ(observer.events(), expected);
+    service->release();
+    const QStringList lines = readLogMessages(tolvane::log::kMainLog);
+    EXPECT_TRUE(lines.contains("call function: VxNetServiceImp::stop -----------------"));
+    EXPECT_EQ(lines.last().toStdString(),
+              "call function: VxNetServiceImp::~VxNetServiceImp -----------------");
 }
 
 // Values the service keeps or computes without a platform; the barrage tests show the rest.
