@@ -243,7 +243,7 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsALoginHeldByThePassport) {
     EXPECT_EQ(log_.events(), (std::vector<std::string>{"login started", "login ended 210"}));
 }
 
-TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellation) {
+TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellationAndNeedsAService) {
     AsyncNetService net(&createRecorded, nullptr, nullptr);
     QObject context;
     net.post(slowOperation(), &context, [](bool) {});
@@ -269,16 +269,14 @@ TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellation) {
     EXPECT_EQ(appId.result(), "vxtool");
     EXPECT_TRUE(cancelled.isCanceled());
     EXPECT_FALSE(log_.heard("cancelled ran"));
-}
 
-TEST_F(AsyncNetServiceTest, WithoutAServiceNothingIsQueued) {
-    AsyncNetService net(&createNothing, nullptr, nullptr);
-    QObject context;
-    EXPECT_FALSE(net.isValid());
-    EXPECT_EQ(net.post([](ILiveencoderNetService& s) { return s.getBizType(); }, &context,
-                       [](int32_t) {}),
+    // Without a service nothing is queued.
+    AsyncNetService none(&createNothing, nullptr, nullptr);
+    EXPECT_FALSE(none.isValid());
+    EXPECT_EQ(none.post([](ILiveencoderNetService& s) { return s.getBizType(); }, &context,
+                        [](int32_t) {}),
               0u);
-    EXPECT_TRUE(net.post([](ILiveencoderNetService& s) { return s.getBizType(); }).isCanceled());
+    EXPECT_TRUE(none.post([](ILiveencoderNetService& s) { return s.getBizType(); }).isCanceled());
 }
 
 }  // namespace
