@@ -143,12 +143,9 @@ TEST_F(LiveRoomInfoService, TheBarrageStartDoesNotWaitForTheCatalogue) {
 class CatalogueBarrage : public BarrageSimServiceTest {
 protected:
     void SetUp() override {
-        BarrageSimServiceTest::SetUp();
-        if (HasFatalFailure()) {
-            return;
-        }
-        login();
-        startAndWait();
+        ASSERT_NO_FATAL_FAILURE(BarrageSimServiceTest::SetUp());
+        ASSERT_NO_FATAL_FAILURE(login());
+        ASSERT_NO_FATAL_FAILURE(startAndWait());
         // The start-up leaves the tables to the catalogue's fetch thread.
         ASSERT_TRUE(waitUntil([&] { return !store().gifts().empty() && !store().props().empty(); }))
             << "watchdog: waiting for the gift template and the prop list";
@@ -228,8 +225,7 @@ TEST_F(CatalogueBarrage, AFetchUnderWayAtLogoutStoresNothing) {
     server().sendText(giftText(catalogue::kLateGift));
     ASSERT_TRUE(waitUntil([&] { return requestsTo(kSingleGiftPath) == 1; }));
     service_->logout();
-    auto& room = static_cast<VxLiveRoomInfo&>(store());
-    ASSERT_TRUE(waitUntil([&] { return !room.fetching(); }));
+    ASSERT_TRUE(waitUntil([&] { return !static_cast<VxLiveRoomInfo&>(store()).fetching(); }));
     VxGiftRecord gift;
     EXPECT_FALSE(store().findGift(catalogue::kLateGift, gift));
     EXPECT_TRUE(store().gifts().empty());
