@@ -52,10 +52,6 @@ ILiveencoderNetService* createRecorded(ServiceObserver* observer, BreadcrumbSink
     return service;
 }
 
-ILiveencoderNetService* createNothing(ServiceObserver*, BreadcrumbSink*) {
-    return nullptr;
-}
-
 class AsyncNetServiceTest : public ::testing::Test {
 protected:
     void SetUp() override {
@@ -271,7 +267,9 @@ TEST_F(AsyncNetServiceTest, FutureCarriesTheResultOrItsCancellationAndNeedsAServ
     EXPECT_FALSE(log_.heard("cancelled ran"));
 
     // Without a service nothing is queued.
-    AsyncNetService none(&createNothing, nullptr, nullptr);
+    AsyncNetService none(
+        [](ServiceObserver*, BreadcrumbSink*) -> ILiveencoderNetService* { return nullptr; },
+        nullptr, nullptr);
     EXPECT_FALSE(none.isValid());
     EXPECT_EQ(none.post([](ILiveencoderNetService& s) { return s.getBizType(); }, &context,
                         [](int32_t) {}),
