@@ -6,50 +6,23 @@
 #include <string>
 #include <vector>
 
-#include "http/sim_replies.h"
 #include "log/log_writer.h"
-#include "platform/sim_account_code_service.h"
-#include "platform/sim_caller.h"
 #include "support/log_reader.h"
 #include "support/sim_service_fixture.h"
 
 namespace {
 
-using tolvane::sim::SimReply;
+using tolvane::sim::SimFault;
 using tolvane::sim::SimRequest;
-
-// A reply of our own on one of the two passport-host routes.
-void answerWith(tolvane::sim::SimPlatform& sim, const char* method, const char* path,
-                const std::string& body) {
-    tolvane::sim::addHostRoute(sim.http(), method, 2, path, path + 1, [body](const SimRequest&) {
-        return SimReply{200, body};
-    });
-}
 
 using AppAuthPorts = SimServiceTest;
 
-TEST_F(AppAuthPorts, OnlyMinusOneAndNonNumbersAreDropped) {
-    struct Case {
-        const char* name;
-        QJsonArray ports;
-        std::vector<int32_t> expected;
-    };
-    const Case cases[] = {
-        {"mixed", QJsonArray{8000, -1, "x", 8001, -7}, {8000, 8001, -7}},
-        {"numbers as text are not numbers", QJsonArray{"8000", 9000}, {9000}},
-        {"empty", QJsonArray{}, {}},
-    };
-    for (const Case& c : cases) {
-        platform().passport().setAuthPorts(c.ports);
-        std::vector<int32_t> ports;
-        EXPECT_EQ(service().getLoginAuthPorts(ports), 0) << c.name;
-        EXPECT_EQ(ports, c.expected) << c.name;
-    }
-}
-
-TEST_F(AppAuthPorts, SignatureTravelsInQueryAndHeaders) {
+// Only -1 and non-numbers leave the list, and the signature travels in the query and headers.
+TEST_F(AppAuthPorts, ListedPortsAndTheirSignature) {
+    platform().passport().setAuthPorts(QJsonArray{8000, -1, "x", "8001", 8002, -7});
     std::vector<int32_t> ports;
     ASSERT_EQ(service().getLoginAuthPorts(ports), 0);
+    EXPECT_EQ(ports, (std::vector<int32_t>{8000, 8002, -7}));
     const auto requests = sim().http().requestLog().to("/japi/app/auth/port");
     ASSERT_EQ(requests.size(), 1u);
     const SimRequest& sent = requests.front();
@@ -60,7 +33,6 @@ TEST_F(AppAuthPorts, SignatureTravelsInQueryAndHeaders) {
         EXPECT_FALSE(sent.header(key).empty()) << key;
         EXPECT_EQ(sent.header(key), sent.queryValue(key)) << key;
     }
-
     // The same request without the headers is refused by the passport host.
     httplib::Client client(sim().environment().origin());
     const auto plain = client.Get("/japi/app/auth/port?" + sent.rawQuery);
@@ -68,18 +40,18 @@ TEST_F(AppAuthPorts, SignatureTravelsInQueryAndHeaders) {
     EXPECT_NE(plain->body.find("\"error\":1012"), std::string::npos) << plain->body;
 }
 
+// A refusal keeps the host's list and logs the reply and the URL.
 TEST_F(AppAuthPorts, RefusalsKeepTheListAndLogTheReply) {
-    struct Case {
+    const struct {
         const char* body;
         int32_t expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {R"({"error":0})", 1},
         {R"({"error":603,"data":"no"})", 214},
         {R"({"error":0,"data":{"port":[1]},)", -1000},
     };
-    for (const Case& c : cases) {
-        answerWith(sim(), "GET", "/japi/app/auth/port", c.body);
+    for (const auto& c : cases) {
+        sim().http().setFault("/japi/app/auth/port", SimFault::httpStatus(200, c.body));
         std::vector<int32_t> ports{42};
         EXPECT_EQ(service().getLoginAuthPorts(ports), c.expected) << c.body;
         EXPECT_EQ(ports, std::vector<int32_t>{42}) << c.body;
@@ -118,20 +90,22 @@ TEST_F(AppAuthCode, CodeStandsForTheLongTokenUntilItExpires) {
 }
 
 TEST_F(AppAuthCode, FailureLeavesRefererAndExpireAsGiven) {
-    struct Case {
+    const struct {
         const char* name;
         std::function<void()> arrange;
         const char* bizType;
         int32_t expected;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"logged out: no long token", [this] { service().logout(); }, "13", 227},
         {"wrong business type", [] {}, "12", 4501},
         {"no data",
-         [this] { answerWith(sim(), "POST", "/japi/app/auth/generateCode", R"({"error":0})"); },
+         [this] {
+             sim().http().setFault("/japi/app/auth/generateCode",
+                                   SimFault::httpStatus(200, R"({"error":0})"));
+         },
          "13", 1},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         c.arrange();
         std::string refererInCodeOut = "https://studio.tolvane.example/";
         int32_t expire = 5;

@@ -24,16 +24,20 @@ FetchQueue::Policy fastPolicy(int attempts) {
     return policy;
 }
 
-// A fetch that counts itself and waits until the test releases it, so that it is still running
-// while the requests under test arrive.
+// Fetches that count themselves and run until released, so requests arrive while they run.
 struct HeldFetches {
     std::promise<void> release;
     std::shared_future<void> released = release.get_future().share();
     std::atomic<int> fetches{0};
+    FetchQueue* queue = nullptr;  // when set, notes whether each answer was still wanted
+    std::mutex mutex;
+    std::vector<bool> wanted;
     FetchQueue::Fetch holdAll(bool result = true) {
-        return [this, result](const FetchKey&, uint64_t) {
+        return [this, result](const FetchKey&, uint64_t generation) {
             ++fetches;
             released.wait();
+            std::lock_guard<std::mutex> lock(mutex);
+            wanted.push_back(queue != nullptr && queue->current(generation));
             return result;
         };
     }
@@ -101,32 +105,20 @@ TEST(FetchQueue, ClearDropsWaitingRetriesAndKeysQueuedBehindARunningFetch) {
     EXPECT_EQ(held.fetches.load(), 1);  // neither a retry of 1 nor a fetch of 2
 }
 
-// A logout while a key is fetched, then a new login that names the same key at once: the old
-// answer is known to be stale when it comes in, and the key is fetched again for the new session.
+// A logout mid-fetch, then a login naming the same key: the stale answer is known as such.
 TEST(FetchQueue, AKeyNamedAgainAfterAClearIsFetchedAnewOnceTheStaleFetchEnds) {
-    std::promise<void> release;
-    std::shared_future<void> released = release.get_future().share();
-    std::vector<bool> wanted;  // whether each fetch's answer was still wanted when it came in
-    std::mutex wantedMutex;
-    FetchQueue* self = nullptr;
-    std::atomic<int> started{0};
-    FetchQueue queue([&](const FetchKey&, uint64_t generation) {
-        ++started;
-        released.wait();
-        std::lock_guard<std::mutex> lock(wantedMutex);
-        wanted.push_back(self->current(generation));
-        return true;
-    });
-    self = &queue;
+    HeldFetches held;
+    FetchQueue queue(held.holdAll());
+    held.queue = &queue;
     ASSERT_TRUE(queue.request({FetchKey::Gift, 7, 0}));
-    ASSERT_TRUE(waitUntil([&] { return started.load() == 1; }));
+    ASSERT_TRUE(waitUntil([&] { return held.fetches.load() == 1; }));
     queue.clear();
     EXPECT_TRUE(queue.request({FetchKey::Gift, 7, 0}));
     EXPECT_FALSE(queue.request({FetchKey::Gift, 7, 0})) << "queued twice";
-    release.set_value();
+    held.release.set_value();
     ASSERT_TRUE(waitUntil([&] { return !queue.busy(); }));
-    std::lock_guard<std::mutex> lock(wantedMutex);
-    EXPECT_EQ(wanted, (std::vector<bool>{false, true}));
+    std::lock_guard<std::mutex> lock(held.mutex);
+    EXPECT_EQ(held.wanted, (std::vector<bool>{false, true}));
 }
 
 TEST(FetchQueue, AStreamOfNewIdsQueuesNoMoreThanTheCapacity) {

@@ -1,5 +1,4 @@
-// A host that treats the catalogue as a Qt GUI host would: each callback is handed to the GUI
-// thread and waits there until the GUI thread has run it, and the GUI thread is the service's.
+// A Qt GUI host hands each catalogue callback to its GUI thread, the service's, and waits.
 #include <gtest/gtest.h>
 
 #include <QElapsedTimer>
@@ -33,10 +32,6 @@ public:
 };
 
 class BlockingCatalogueObserver : public AnchorRoomSimServiceTest {
-public:
-    VxNetServiceImp& net() { return service(); }
-    void release() { service_.release()->release(); }
-
 protected:
     void TearDown() override {
         Watchdog watchdog("tearing the service down");
@@ -59,58 +54,39 @@ protected:
             << "no catalogue callback came from the fetch thread";
     }
 
+    // Runs a step on this thread while a catalogue callback on the fetch thread waits for it.
+    void whileACallbackWaits(const std::string& where, const std::function<void()>& step) {
+        ASSERT_NO_FATAL_FAILURE(startWaitingCallback());
+        Watchdog watchdog(where + " while a catalogue callback waited for its thread");
+        step();
+    }
+    void release() { service_.release()->release(); }
+
     HandingOverSubject subject_;
 };
 
-struct ServiceStep {
-    const char* where;
-    std::function<void(BlockingCatalogueObserver&)> run;
-    bool releases;
-};
+// Each step returns, and the waiting callback is served; once removeObserver returns, no
+// callback runs or starts, though the other resource files still load and change tables.
+TEST_F(BlockingCatalogueObserver, ReloadRemovalAndLogoutGoOnWhileACallbackWaits) {
+    ASSERT_NO_FATAL_FAILURE(whileACallbackWaits("slot 49", [&] { service().loadGiftTables(); }));
+    EXPECT_TRUE(waitUntil([&] { return subject_.gui.waiting() == 0; }));
+    store().removeObserver(&subject_);
 
-class BlockingCatalogueObserverSteps : public BlockingCatalogueObserver,
-                                       public ::testing::WithParamInterface<ServiceStep> {};
+    ASSERT_NO_FATAL_FAILURE(
+        whileACallbackWaits("removeObserver()", [&] { store().removeObserver(&subject_); }));
+    EXPECT_EQ(subject_.gui.waiting(), 0);
+    const int calls = subject_.calls.load();
+    ASSERT_TRUE(waitUntil([&] { return !catalogue().fetching(); }));
+    EXPECT_EQ(subject_.calls.load(), calls);
 
-// While a callback on the fetch thread waits for the service thread, that thread changes the
-// catalogue, removes the observer or releases the service: each must return, and the waiting
-// callback must be served.
-TEST_P(BlockingCatalogueObserverSteps, ServiceThreadGoesOnWhileACallbackWaitsForIt) {
-    const ServiceStep& step = GetParam();
-    ASSERT_NO_FATAL_FAILURE(startWaitingCallback());
-    {
-        Watchdog watchdog(std::string(step.where) + " while a catalogue callback waited for it");
-        step.run(*this);
-    }
-    if (step.releases) {
-        EXPECT_EQ(subject_.gui.waiting(), 0);
-        return;
-    }
-    ASSERT_TRUE(waitUntil([&] { return subject_.gui.waiting() == 0; }));
+    ASSERT_NO_FATAL_FAILURE(whileACallbackWaits("slot 36", [&] { service().logout(); }));
+    EXPECT_TRUE(waitUntil([&] { return subject_.gui.waiting() == 0; }));
     store().removeObserver(&subject_);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Steps, BlockingCatalogueObserverSteps,
-    ::testing::Values(
-        ServiceStep{"slot 49 (loadGiftTables)",
-                    [](BlockingCatalogueObserver& test) { test.net().loadGiftTables(); }, false},
-        ServiceStep{"slot 36 (logout)",
-                    [](BlockingCatalogueObserver& test) { test.net().logout(); }, false},
-        ServiceStep{"slot 25 (release)", [](BlockingCatalogueObserver& test) { test.release(); },
-                    true}),
-    [](const auto& info) { return std::to_string(info.index); });
-
-TEST_F(BlockingCatalogueObserver, NoCallbackRunsOrStartsOnceRemoveObserverReturns) {
-    ASSERT_NO_FATAL_FAILURE(startWaitingCallback());
-    {
-        Watchdog watchdog("removeObserver() while a catalogue callback waited for its thread");
-        store().removeObserver(&subject_);
-    }
+TEST_F(BlockingCatalogueObserver, ReleaseServesAWaitingCallback) {
+    ASSERT_NO_FATAL_FAILURE(whileACallbackWaits("slot 25", [&] { release(); }));
     EXPECT_EQ(subject_.gui.waiting(), 0);
-    const int calls = subject_.calls.load();
-    // The other resource files still load, and change tables, after the removal.
-    ASSERT_TRUE(waitUntil([&] { return !catalogue().fetching(); }));
-    EXPECT_EQ(subject_.calls.load(), calls);
 }
 
 ILiveencoderNetService* createService(ServiceObserver* observer, BreadcrumbSink* sink) {

@@ -12,88 +12,60 @@
 
 namespace {
 
-struct EnvironmentCase {
-    const char* content;  // nullptr: no file at all
-    int expected;
-};
-
-TEST(Environment, ReadFromDefaultData) {
-    const EnvironmentCase cases[] = {
-        {nullptr, 0},
-        {R"({"app.domain": 2})", 2},
-        {R"({"app.domain": "2"})", 0},
-        {R"({"app.domain": 7})", 7},
-        {R"({"app.domain": 1.9})", 0},  // not a whole number
-        {R"({"app.domain": 3)", 0},
-        {R"({"other": 3})", 0},
-    };
-    for (const EnvironmentCase& c : cases) {
-        IsolatedWorkspace workspace;
-        QFile::remove(workspace.path() + "/default.data");
-        if (c.content != nullptr) {
-            workspace.writeDefaultData(c.content);
-        }
-        EXPECT_EQ(tolvane::readEnvironment(), c.expected) << (c.content ? c.content : "(no file)");
-    }
-}
-
-TEST(Environment, ServiceReadsAtConstructionAndOnReload) {
-    IsolatedWorkspace workspace;
-    workspace.writeDefaultData(
-        R"({"app.domain": 2, "endpoints": {"origin": "http://127.0.0.1:1"}})");
-    VxNetServiceImp service(nullptr, nullptr);
-    EXPECT_EQ(service.environment(), 2);
-    workspace.writeDefaultData(R"({"app.domain": 3})");
-    EXPECT_EQ(service.environment(), 2);
-    service.reloadEnvironment();
-    EXPECT_EQ(service.environment(), 3);
-}
-
-TEST(Environment, RedirectedInstallSaysSoOnceAtStartUp) {
+// The service reads the environment when made and on reload; a redirected install says where
+// its endpoints point, once.
+TEST(Environment, ServiceReadsAtConstructionAndOnReloadAndSaysWhereItIsRedirected) {
     const struct {
-        const char* content;
-        const char* line;  // "": no such line
+        const char* members;  // beside "app.domain"
+        const char* line;     // "": no such line
     } cases[] = {
-        {R"({"app.domain": 1})", ""},
-        {R"({"endpoints": {"origin": "http://127.0.0.1:40123"}})",
+        {"", ""},
+        {R"(, "endpoints": {"origin": "http://127.0.0.1:40123"})",
          "default.data endpoints: origin http://127.0.0.1:40123"},
-        {R"({"endpoints": {"base": {"3": "http://127.0.0.1:9/b/"}, "host": {"2": "http://h:7"}}})",
+        {R"(, "endpoints": {"base": {"3": "http://127.0.0.1:9/b/"}, "host": {"2": "http://h:7"}})",
          "default.data endpoints: base 3 http://127.0.0.1:9/b/, host 2 http://h:7"},
     };
     for (const auto& c : cases) {
+        SCOPED_TRACE(c.members);
         IsolatedWorkspace workspace;
-        workspace.writeDefaultData(c.content);
+        workspace.writeDefaultData(QByteArray(R"({"app.domain": 2)") + c.members + "}");
         {
             VxNetServiceImp service(nullptr, nullptr);
+            EXPECT_EQ(service.environment(), 2);
+            workspace.writeDefaultData(QByteArray(R"({"app.domain": 3)") + c.members + "}");
+            EXPECT_EQ(service.environment(), 2);
             service.reloadEnvironment();
+            EXPECT_EQ(service.environment(), 3);
             service.stop();
         }
         const QStringList said = readLogMessages(tolvane::log::kMainLog)
                                      .filter(QRegularExpression("^default.data endpoints"));
-        EXPECT_EQ(said, *c.line ? QStringList{c.line} : QStringList()) << c.content;
+        EXPECT_EQ(said, *c.line ? QStringList{c.line} : QStringList());
     }
 }
 
-// A host that ends up on production because of its default.data reads why in tolvane.log: one
-// line with the path looked at and the environment taken; a file that was read says nothing.
-TEST(UnreadDefaultData, NamesThePathAndTheEnvironment) {
+// A host put on production by its default.data reads why in tolvane.log; a read file says nothing.
+TEST(Environment, ReadFromDefaultDataOrSaidWhyNot) {
     enum class Shape { None, Folder, Text };
     const struct {
-        const char* what;
         Shape shape;
         const char* content;
-        const char* line;  // %1 is the path; "": no line
+        int environment;
+        const char* line;  // %1 is the path, %2 the system's reason; "": no line
     } cases[] = {
-        {"no file", Shape::None, "", "default.data: no file at %1, environment 0"},
-        {"a folder in its place", Shape::Folder, "",
-         "default.data: cannot read %1 (%2), environment 0"},
-        {"not JSON", Shape::Text, "app.domain=2",
+        {Shape::None, "", 0, "default.data: no file at %1, environment 0"},
+        {Shape::Folder, "", 0, "default.data: cannot read %1 (%2), environment 0"},
+        {Shape::Text, "app.domain=2", 0, "default.data: %1 is not a JSON object, environment 0"},
+        {Shape::Text, R"({"app.domain": 3)", 0,
          "default.data: %1 is not a JSON object, environment 0"},
-        {"read", Shape::Text, R"({"app.domain": 2})", ""},
-        {"read, without an environment", Shape::Text, "{}", ""},
+        {Shape::Text, R"({"app.domain": 2})", 2, ""},
+        {Shape::Text, R"({"app.domain": 7})", 7, ""},
+        {Shape::Text, R"({"app.domain": "2"})", 0, ""},
+        {Shape::Text, R"({"app.domain": 1.9})", 0, ""},  // not a whole number
+        {Shape::Text, "{}", 0, ""},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
+        SCOPED_TRACE(c.content);
         IsolatedWorkspace workspace;
         const QString path = workspace.path() + "/default.data";
         QFile::remove(path);
@@ -102,29 +74,26 @@ TEST(UnreadDefaultData, NamesThePathAndTheEnvironment) {
         } else if (c.shape == Shape::Text) {
             workspace.writeDefaultData(c.content);
         }
-        tolvane::readEnvironment();
-        QString expected = QString::fromLatin1(c.line).replace("%1", path);
+        EXPECT_EQ(tolvane::readEnvironment(), c.environment);
+        const QStringList expected = QString::fromLatin1(c.line).replace("%1", path).split("%2");
         const QStringList lines = readLogMessages(tolvane::log::kMainLog).filter("default.data");
-        if (c.shape == Shape::Folder) {
-            // The reason is the system's own text.
-            ASSERT_EQ(lines.size(), 1) << lines.join('\n').toStdString();
-            const QStringList around = expected.split("%2");
-            EXPECT_TRUE(lines[0].startsWith(around[0]) && lines[0].endsWith(around[1]))
-                << lines[0].toStdString();
+        if (*c.line == '\0') {
+            EXPECT_EQ(lines, QStringList());
         } else {
-            EXPECT_EQ(lines, expected.isEmpty() ? QStringList() : QStringList{expected});
+            ASSERT_EQ(lines.size(), 1) << lines.join('\n').toStdString();
+            EXPECT_TRUE(lines[0].startsWith(expected.first()) && lines[0].endsWith(expected.last()))
+                << lines[0].toStdString();
         }
     }
 }
 
 TEST(OsName, WindowsVersionTable) {
-    struct Case {
+    const struct {
         int major, minor;
         const char* name;
-    };
-    const Case cases[] = {{5, 1, "Windows XP"}, {6, 1, "Windows 7"},   {6, 3, "Windows 8.1"},
-                          {6, 4, "Unknown"},    {10, 7, "Windows 10"}, {11, 0, "Unknown"}};
-    for (const Case& c : cases) {
+    } cases[] = {{5, 1, "Windows XP"}, {6, 1, "Windows 7"},   {6, 3, "Windows 8.1"},
+                 {6, 4, "Unknown"},    {10, 7, "Windows 10"}, {11, 0, "Unknown"}};
+    for (const auto& c : cases) {
         EXPECT_EQ(tolvane::windowsNameForVersion(c.major, c.minor).toStdString(), c.name)
             << c.major << "." << c.minor;
     }

@@ -11,9 +11,8 @@ namespace {
 
 using NoAnswer = AnchorRoomSimServiceTest;
 
-// With the platform gone every operation returns 210 and leaves what the host passed in; those
-// that hand back a message hand back the network text, and the login library's calls also store
-// their own text, each on a service of its own so that an earlier row cannot have stored it.
+// With the platform gone every operation gives 210 and keeps the host's values; login-library
+// rows each get a fresh service, so that an earlier row cannot have stored their text.
 TEST_F(NoAnswer, EveryOperationGives210AndKeepsTheHostsValues) {
     int32_t count = 7, expire = 7, hasIcon = 0, roomId = 0;
     bool hasTags = true, voice = true;
@@ -25,14 +24,13 @@ TEST_F(NoAnswer, EveryOperationGives210AndKeepsTheHostsValues) {
     LoginCheckRequest phone;
     phone.phoneText1 = "13800000001";
     auto& s = service();
-    struct Row {
+    // clang-format off
+    const struct {
         const char* name;
         std::function<int32_t(std::string& message)> call;
         bool networkText;
         bool library;
-    };
-    // clang-format off
-    const Row rows[] = {
+    } rows[] = {
         {"getFollowCnt", [&](std::string&) { return s.getFollowCnt(count); }, false, false},
         {"reportAnchorLocation", [&](std::string& m) { return s.reportAnchorLocation("Hangzhou", "120.1", "30.2", m); }, true, false},
         {"getCustomerServiceEntry", [&](std::string&) { return s.getCustomerServiceEntry("tolvane_pc", remark, url); }, false, false},
@@ -58,7 +56,7 @@ TEST_F(NoAnswer, EveryOperationGives210AndKeepsTheHostsValues) {
     // clang-format on
     sim().stop();
     EXPECT_EQ(s.getLivingStatistic(), 0.0);
-    for (const Row& row : rows) {
+    for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         if (row.library) {
             service_ = std::make_unique<VxNetServiceImp>(nullptr, nullptr);

@@ -3,17 +3,19 @@
 #include <QFile>
 #include <QRegularExpression>
 #include <QStringList>
+#include <QUrl>
 #include <algorithm>
 
 #include "liveroom/vx_live_room_info.h"
+#include "net/endpoints.h"
+#include "net/operation_row.h"
 #include "support/sim_service_fixture.h"
 #include "support/wait.h"
 
 namespace {
 
-// Requests of the module's own operations as they went over the wire, with the values that
-// change on every run (clock, signature, session) masked. The file beside this test was
-// written by the first version of each operation; a change of what goes out shows here.
+// The requests as the first version of each operation sent them, with per-run values masked,
+// so that any change of what goes out shows (TOLVANE_RECORD_WIRE=1 writes the file anew).
 const char kGoldenFile[] = TOLVANE_TEST_DATA_DIR "/operation_wire.txt";
 
 QString masked(QString text) {
@@ -125,6 +127,53 @@ TEST_F(OperationWire, RequestsMatchTheRecordedOnes) {
     QFile golden(QString::fromLatin1(kGoldenFile));
     ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
     EXPECT_EQ(actual.toStdString(), QString::fromUtf8(golden.readAll()).toStdString());
+}
+
+using tolvane::net::OperationRow;
+using tolvane::sim::SimAddressTable;
+using tolvane::sim::SimRoute;
+using tolvane::sim::SimSignRule;
+
+// How the platform checks what each kind of row signs.
+SimSignRule expectedRule(const OperationRow& row) {
+    using R = SimSignRule;
+    if (row.onHostTable) {
+        return row.signingPath != nullptr ? R::CommonLists : R::None;
+    }
+    const R byKind[] = {R::Query,   R::Query, R::Query, R::Query, R::Query,   R::Query,
+                        R::Mobile3, R::Query, R::None,  R::None,  R::Mobile2, R::None};
+    return row.kind >= 0 && row.kind < 12 ? byKind[row.kind] : R::Query;
+}
+
+// Module and simulator keep tables of their own, so every operation must meet a matching route.
+TEST(OperationRoutes, EveryRowMeetsItsSimulatorRoute) {
+    IsolatedWorkspace workspace;
+    tolvane::sim::SimPlatform sim(workspace.path());
+    const std::vector<SimRoute> routes = sim.http().routes().routes();
+    tolvane::config::EndpointOverrides overrides;
+    overrides.origin = QStringLiteral("http://127.0.0.1:1");
+    const VxEndpoints endpoints(overrides);
+
+    const auto rows = tolvane::net::registeredOperations();
+    ASSERT_GE(rows.size(), 4u);
+    for (const OperationRow* row : rows) {
+        SCOPED_TRACE(row->name);
+        const QString url =
+            row->onHostTable ? QString::fromStdString(endpoints.host(row->kind, 0)) + row->path
+                             : endpoints.composeUrl(row->kind, 0, QString::fromLatin1(row->path));
+        const std::string path = QUrl(url).path().toStdString();
+        const std::string method = row->method == tolvane::net::HttpMethod::Get ? "GET" : "POST";
+        const auto route = std::find_if(routes.begin(), routes.end(), [&](const SimRoute& r) {
+            return r.path == path && r.method == method;
+        });
+        ASSERT_NE(route, routes.end()) << method << " " << path;
+        EXPECT_EQ(route->table, row->onHostTable ? SimAddressTable::Host : SimAddressTable::Base);
+        EXPECT_EQ(route->kind, row->kind);
+        const std::string signingPath =
+            row->onHostTable ? (row->signingPath ? row->signingPath : "") : row->path;
+        EXPECT_EQ(route->signingPath, signingPath);
+        EXPECT_EQ(route->rule, expectedRule(*row));
+    }
 }
 
 }  // namespace

@@ -24,19 +24,16 @@ protected:
     }
 };
 
-// php.log as the service writes it: a session's two bare lines, the clock request's path and
-// the size and head of its reply, then the URL of each host-composed request. tolvane.log
-// holds a failed host-composed request's banner, the made-up reply, the URL and a POST's form.
+// Hosts read php.log and tolvane.log line by line, so the lines are known in full.
 TEST_F(RequestLogLines, ClockAndHostComposedRequests) {
     ASSERT_TRUE(waitUntil([] { return readLogMessages(kRequestLog).size() >= 4; }, 5000))
         << "waiting for the clock's reply in php.log";
     const QString origin = QString::fromStdString(sim().environment().origin());
-    struct Case {
+    const struct {
         const char* path;
         std::function<bool(QByteArray&, const std::string&)> call;
         QStringList lines;  // REPLY stands for the made-up reply, URL for the URL
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"/sim/status/404",
          [&](QByteArray& reply, const std::string& url) {
              return service().getRequest(reply, url, {}, {}, 5000);
@@ -52,7 +49,7 @@ TEST_F(RequestLogLines, ClockAndHostComposedRequests) {
     };
     QStringList requestLines = {"", "", "get url: /api/v1/timestamp",
                                 "resData size: 29,   {\"error\":0,\"data\":17  ......"};
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.path);
         const QString url = origin + c.path;
         const int logged = readLogMessages(kMainLog).size();
@@ -71,16 +68,14 @@ TEST_F(RequestLogLines, ClockAndHostComposedRequests) {
 
 class SilentSlots : public LoggedInSimServiceTest {};
 
-// Slots that send nothing, with every line each writes to tolvane.log: no banner where the
-// operation has none, and no line beyond its banner for a refused push line.
+// Slots that send nothing, with every line each writes to tolvane.log.
 TEST_F(SilentSlots, WriteOnlyTheirOwnLinesAndSendNothing) {
-    struct Case {
+    const struct {
         const char* what;
         std::function<int32_t()> call;
         int32_t result;
         QStringList lines;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {"slot 14, a push line the platform never offered",
          [&] { return service().open_live_room("rtmp://elsewhere.example/live/x"); },
          1,
@@ -97,7 +92,7 @@ TEST_F(SilentSlots, WriteOnlyTheirOwnLinesAndSendNothing) {
          0,
          {"[msg] logout begin.", "[msg] logout end."}},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         const std::size_t sent = sim().http().requestLog().size();
         const int logged = readLogMessages(tolvane::log::kMainLog).size();

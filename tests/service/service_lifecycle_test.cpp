@@ -12,26 +12,14 @@
 
 namespace {
 
-TEST(ServiceLifecycle, ConstructionAndDestructionLines) {
-    auto* service = new VxNetServiceImp(nullptr, nullptr);
-    EXPECT_EQ(readLogMessages(tolvane::log::kMainLog).mid(0, 2), QStringList({"", ""}));
-    EXPECT_EQ(readLogMessages(tolvane::log::kRequestLog).mid(0, 2), QStringList({"", ""}));
-
-    service->stop();
-    service->release();
-    const QStringList lines = readLogMessages(tolvane::log::kMainLog);
-    EXPECT_TRUE(lines.contains("call function: VxNetServiceImp::stop -----------------"));
-    EXPECT_EQ(lines.last().toStdString(),
-              "call function: VxNetServiceImp::~VxNetServiceImp -----------------");
-}
-
-TEST(ServiceLifecycle, StopCutsTheObserverOff) {
+// Made, a service writes two bare lines; stopped, it forwards nothing; destroyed, it says so last.
+TEST(ServiceLifecycle, StopCutsTheObserverOffAndDestructionIsTheLastLine) {
     RecordingObserver observer;
-    VxNetServiceImp service(&observer, nullptr);
-    IRoomListener& listener = service;
+    auto* service = new VxNetServiceImp(&observer, nullptr);
+    EXPECT_EQ(readLogMessages(tolvane::log::kMainLog).mid(0, 2), QStringList({"", ""}));
+    IRoomListener& listener = *service;
     BarrageMessage message;
     message.typeName = "chatmsg";
-
     // Every forwarding slot answers 0, with or without an observer to forward to.
     auto deliver = [&](int32_t status, const char* text) {
         EXPECT_EQ(listener.onRoomStatus(status) | listener.onHostText(text) |
@@ -39,52 +27,39 @@ TEST(ServiceLifecycle, StopCutsTheObserverOff) {
                   0);
     };
     deliver(0, "hello");
-    service.stop();
+    service->stop();
     deliver(213, "after stop");
+    EXPECT_EQ(observer.events(), (std::vector<std::string>{"status 0", "text hello",
+                                                           "end 2 3.000000", "message chatmsg"}));
 
-    const std::vector<std::string> expected = {"status 0", "text hello", "end 2 3.000000",
-                                               "message chatmsg"};
-    EXPECT_EQ(observer.events(), expected);
+    service->release();
+    const QStringList lines = readLogMessages(tolvane::log::kMainLog);
+    EXPECT_TRUE(lines.contains("call function: VxNetServiceImp::stop -----------------"));
+    EXPECT_EQ(lines.last().toStdString(),
+              "call function: VxNetServiceImp::~VxNetServiceImp -----------------");
 }
 
-// The other stored values are shown end to end in the service's barrage tests.
-TEST(ServiceLifecycle, OnlineCountIsNeverNegativeAndMemberCountIsKept) {
+// Values the service keeps or computes without a platform; the barrage tests show the rest.
+TEST(ServiceLifecycle, LocalValues) {
     VxNetServiceImp service(nullptr, nullptr);
     static_cast<IRoomListener&>(service).onKeepAliveFirst(-5);
-    static_cast<IRoomListener&>(service).onMemberInfoValue(42);
     EXPECT_EQ(service.getOnlineCount(), 0);
-    EXPECT_EQ(service.getSessionValueB(), 42);
-}
+    // Before any synchronisation the server time is the local time.
+    EXPECT_NEAR(static_cast<double>(service.getServerTime()),
+                static_cast<double>(QDateTime::currentSecsSinceEpoch()), 1.0);
 
-TEST(ServiceLifecycle, SmallLifecycleOperations) {
-    VxNetServiceImp service(nullptr, nullptr);
-    EXPECT_EQ(service.isAvailable(), 1);
-    auto* addresses = new PushAddress[3];
-    addresses[2].url = std::string(1000, 'u');  // a heap string that must be released too
-    service.freeArray(addresses);
-    service.freeArray(nullptr);
-
-    struct PackCase {
+    const struct {
         bool obs, rtc, hdr;
         int32_t packed;
-    };
-    const PackCase packs[] = {{true, false, false, 0x1},
-                              {false, true, false, 0x100},
-                              {false, false, true, 0x10000},
-                              {true, true, true, 0x10101}};
-    for (const PackCase& p : packs) {
+    } packs[] = {
+        {true, false, false, 0x1}, {false, true, false, 0x100}, {true, true, true, 0x10101}};
+    for (const auto& p : packs) {
         LiveParameters parameters;
         parameters.is_third_party_obs = p.obs;
         parameters.is_rtc = p.rtc;
         parameters.is_hdr = p.hdr;
         EXPECT_EQ(service.setLiveParameters(parameters), p.packed);
     }
-}
-
-TEST(ServiceLifecycle, ServerTimeBeforeSynchronisationIsLocalTime) {
-    VxNetServiceImp service(nullptr, nullptr);
-    const int64_t local = QDateTime::currentSecsSinceEpoch();
-    EXPECT_NEAR(static_cast<double>(service.getServerTime()), static_cast<double>(local), 1.0);
 }
 
 }  // namespace
