@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <utility>
 
 #include "halyard/login_request.h"
 #include "http/sim_http_server.h"
@@ -9,11 +10,8 @@
 
 namespace {
 
-using tolvane::sim::SimFault;
-
-// The passport service reads a call and hangs up without a byte of answer. Qt would send the
-// call again on a new connection, where the fault is gone and the service would act twice (a
-// QR poll logging in, a second SMS); the library reports no answer instead.
+// Qt would send a call that was read and hung up on again, and the service would act twice (a QR
+// poll logging in, a second SMS); the library reports no answer instead.
 TEST(PassportPostOnce, AHangUpIsNoAnswerAndNothingIsSentTwice) {
     IsolatedWorkspace workspace;
     tolvane::sim::SimPlatform sim(workspace.path());
@@ -24,11 +22,7 @@ TEST(PassportPostOnce, AHangUpIsNoAnswerAndNothingIsSentTwice) {
     LoginInfo info;
     RemoteLoginInfo remote;
     QRcodeLoginInfo qr;
-    struct Case {
-        const char* path;
-        std::function<bool()> call;
-    };
-    const Case cases[] = {
+    const std::pair<const char*, std::function<bool()>> cases[] = {
         {"/app/loginCheck2",
          [&] {
              return login.syncLoginByName("anchor", "secret123", {}, code, message, info, remote,
@@ -40,13 +34,12 @@ TEST(PassportPostOnce, AHangUpIsNoAnswerAndNothingIsSentTwice) {
         {"/app/sendPhoneCaptcha",
          [&] { return login.syncSendVertifyCode("13800000000", code, message, 3000); }},
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.path);
-        sim.http().setFault(c.path, SimFault::closeBeforeReply().oneShot());
-        EXPECT_FALSE(c.call());
-        EXPECT_EQ(sim.http().requestLog().to(c.path).size(), 1u);
-        // The service itself is fine: the next call is answered.
-        EXPECT_TRUE(c.call());
+    for (const auto& [path, call] : cases) {
+        SCOPED_TRACE(path);
+        sim.http().setFault(path, tolvane::sim::SimFault::closeBeforeReply().oneShot());
+        EXPECT_FALSE(call());
+        EXPECT_EQ(sim.http().requestLog().to(path).size(), 1u);
+        EXPECT_TRUE(call());  // the service itself is fine
     }
 }
 
