@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <QStringList>
+#include <QString>
 #include <string>
 #include <utility>
 
@@ -8,15 +8,11 @@
 
 namespace {
 
-using halyard::readLoginReply;
-using halyard::readQrCodeReply;
-
 // A record as one line, so that a row states every field it must hold.
 std::string text(const LoginInfo& i) {
-    const auto n = [](int value) { return QString::number(value); };
-    return QStringList{i.longToken,      i.uid,        n(i.clientType), i.createTime, n(i.expireIn),
-                       n(i.longTokenId), i.shortToken, n(i.bizType)}
-        .join(' ')
+    return QString::asprintf("%s %s %d %s %d %d %s %d", qPrintable(i.longToken), qPrintable(i.uid),
+                             i.clientType, qPrintable(i.createTime), i.expireIn, i.longTokenId,
+                             qPrintable(i.shortToken), i.bizType)
         .toStdString();
 }
 
@@ -51,7 +47,8 @@ TEST(PassportReply, LoginVerdicts) {
     for (const Case& c : cases) {
         LoginInfo info;
         RemoteLoginInfo remote;
-        const auto verdict = readLoginReply(QByteArray(c.body), c.httpStatus, info, remote);
+        const auto verdict =
+            halyard::readLoginReply(QByteArray(c.body), c.httpStatus, info, remote);
         EXPECT_EQ(verdict.errorCode, c.code) << c.body;
         EXPECT_EQ(verdict.message.toStdString(), c.message) << c.body;
         EXPECT_EQ(text(info), c.record ? c.record : text(LoginInfo())) << c.body;
@@ -68,11 +65,9 @@ TEST(PassportReply, QrCodeOrARefusalThatLeavesTheRecord) {
     for (const auto& [body, expected] : cases) {
         QRcodeLoginInfo qr;
         qr.code = "keep";
-        const int code = readQrCodeReply(body, 200, qr).errorCode;
-        EXPECT_EQ(QStringLiteral("%1 %2 %3 %4")
-                      .arg(code)
-                      .arg(qr.code, qr.url)
-                      .arg(qr.expireSeconds)
+        const int code = halyard::readQrCodeReply(body, 200, qr).errorCode;
+        EXPECT_EQ(QString::asprintf("%d %s %s %d", code, qPrintable(qr.code), qPrintable(qr.url),
+                                    qr.expireSeconds)
                       .toStdString(),
                   expected);
     }
