@@ -8,9 +8,8 @@
 #include <condition_variable>
 #include <mutex>
 
-// What a Qt GUI host does with a callback from another thread: hands it to the thread that made
-// this object and waits until that thread has served it, as a blocking queued connection would,
-// but through locks that ThreadSanitizer sees (Qt's own semaphore is invisible to it).
+// A GUI host's blocking queued hand-over of a callback to this object's thread, through locks
+// that ThreadSanitizer sees (Qt's own semaphore is invisible to it).
 class BlockingHandOver : public QObject {
 public:
     // Returns once the owner thread has served the call; on that thread itself, at once.

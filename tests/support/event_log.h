@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <iterator>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -13,11 +14,8 @@ public:
     std::vector<std::string> events(const std::string& prefix = {}) const {
         std::lock_guard<std::mutex> lock(mutex_);
         std::vector<std::string> matching;
-        for (const std::string& event : events_) {
-            if (event.rfind(prefix, 0) == 0) {
-                matching.push_back(event);
-            }
-        }
+        std::copy_if(events_.begin(), events_.end(), std::back_inserter(matching),
+                     [&](const std::string& event) { return event.rfind(prefix, 0) == 0; });
         return matching;
     }
     bool heard(const std::string& event) const {

@@ -27,8 +27,7 @@ private:
     QByteArray old_;
 };
 
-// Points every endpoint at a loopback port where nothing listens, so that a service built by
-// a test never looks up or reaches a real host.
+// Every endpoint at a loopback port where nothing listens, so a test never reaches a real host.
 inline constexpr const char* kNowhereDefaultData =
     R"({"endpoints": {"origin": "http://127.0.0.1:1"}})";
 

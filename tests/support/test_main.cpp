@@ -25,8 +25,7 @@ class WorkspacePerTest : public ::testing::EmptyTestEventListener {
 int main(int argc, char** argv) {
     ::testing::InitGoogleTest(&argc, argv);
     QCoreApplication app(argc, argv);
-    // Logs of the programs a test starts land in a folder of this run instead of the machine's
-    // temporary location.
+    // Logs written outside a test's own workspace stay in this run, not the machine's temp.
     QTemporaryDir privateTemp;
     if (!privateTemp.isValid()) {
         return 1;

@@ -9,9 +9,8 @@
 #include <thread>
 #include <utility>
 
-// Guards a step that may hang (a deadlock leaves no thread to report it): unless destroyed within
-// the limit, it prints what it was waiting for and ends the test program, in seconds rather than
-// at the test runner's time-out.
+// Unless destroyed within the limit, says what it waited for and ends the test program at once,
+// since a deadlock leaves no thread to report it before the runner's time-out.
 class Watchdog {
 public:
     explicit Watchdog(std::string what, std::chrono::milliseconds limit = std::chrono::seconds(10))

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "halyard/auth_code.h"
+
+// The signing library's code for a text, released at once; empty when the library gives none.
+inline std::string authCode(const char* text, bool live = false) {
+    char* code = live ? GenerateAuthCodeLive(text) : GenerateAuthCode(text);
+    std::string result = code != nullptr ? code : "";
+    FreeAuthCode(code);
+    return result;
+}
