@@ -6,7 +6,7 @@ set -euo pipefail
 packages=(
     build-essential cmake ninja-build pkg-config ccache clang clang-format libclang-rt-14-dev
     qtbase5-dev libcurl4-openssl-dev libcpp-httplib-dev libasio-dev libssl-dev
-    googletest libgtest-dev libgmock-dev libbenchmark-dev tinyproxy openssl
+    googletest libgtest-dev libgmock-dev libbenchmark-dev openssl
     g++-mingw-w64-x86-64-posix
     libqrencode-dev zbar-tools fonts-wqy-microhei
 )

@@ -4,7 +4,7 @@
 #include <QString>
 #include <ostream>
 
-#include "halyard/auth_code.h"
+#include "support/request_signing.h"
 
 // Readable failure messages for the Qt types the net tests compare.
 inline void PrintTo(const QString& text, std::ostream* os) {
@@ -16,9 +16,5 @@ inline void PrintTo(const QPair<QString, QString>& pair, std::ostream* os) {
 
 // What the signing library returns for a signature string, computed without the module's code.
 inline QString expectedAuth(const QString& signatureText, bool live = false) {
-    const QByteArray utf8 = signatureText.toUtf8();
-    char* code = live ? GenerateAuthCodeLive(utf8.constData()) : GenerateAuthCode(utf8.constData());
-    const QString result = QString::fromUtf8(code);
-    FreeAuthCode(code);
-    return result;
+    return QString::fromStdString(authCode(signatureText.toUtf8().constData(), live));
 }

@@ -46,7 +46,8 @@ TEST(SimSignature, AcceptsOnlyWhatTheClientSigned) {
         Pairs query = c.query;
         Pairs headers = c.headers;
         if (c.authIn != Nowhere) {
-            (c.authIn == Query ? query : headers).emplace_back("auth", sign(c.signText, c.live));
+            (c.authIn == Query ? query : headers)
+                .emplace_back("auth", authCode(c.signText, c.live));
         }
         httplib::Client client = clientFor(server.origin());
         const std::string target = std::string(c.path) + "?" + encodePairs(query);

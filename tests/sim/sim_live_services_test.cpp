@@ -39,8 +39,8 @@ protected:
     QJsonObject signedPost(const std::string& path, const std::string& signingPath,
                            const Pairs& form, bool inHeaders, int skew = 0) {
         const std::string time = std::to_string(platform().nowSeconds() + skew);
-        const std::string auth =
-            sign(signingPath + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form), false);
+        const std::string auth = authCode(
+            signingPath + "?aid=vxtool&time=" + time + "%s&" + sortedQueryText(form), false);
         const Pairs signature = {{"aid", "vxtool"}, {"time", time}, {"auth", auth}};
         Pairs headers = signature;
         headers.emplace_back("client_sys", "pc");

@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "halyard/auth_code.h"
 #include "http/sim_http_server.h"
+#include "support/request_signing.h"
 
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 
@@ -42,11 +42,4 @@ inline httplib::Headers toHeaders(const Pairs& pairs) {
 inline QJsonObject jsonBody(const httplib::Result& result) {
     return result ? QJsonDocument::fromJson(QByteArray::fromStdString(result->body)).object()
                   : QJsonObject();
-}
-
-inline std::string sign(const std::string& text, bool live) {
-    char* code = live ? GenerateAuthCodeLive(text.c_str()) : GenerateAuthCode(text.c_str());
-    std::string result = code != nullptr ? code : "";
-    FreeAuthCode(code);
-    return result;
 }
