@@ -17,7 +17,9 @@
 #include <asio.hpp>
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
@@ -54,7 +56,6 @@ const std::string& batchStream() {
 
 class CountingListener : public IRoomListener {
 public:
-    std::atomic<int> chats{0};
     std::atomic<int> loginReplies{0};
     int32_t onRoomStatus(int32_t status) override {
         loginReplies += status == 0 ? 1 : 0;
@@ -67,12 +68,30 @@ public:
     int32_t onHostText(const char*) override { return 0; }
     int32_t onShowEnd(int32_t, int32_t) override { return 0; }
     int32_t onBarrageMessage(const BarrageMessage* message) override {
-        if (message->typeCode == 2) {
-            chats.fetch_add(1, std::memory_order_relaxed);
+        if (message->typeCode == 2 &&
+            chats_.fetch_add(1, std::memory_order_relaxed) + 1 == target_.load()) {
+            std::lock_guard<std::mutex> lock(mutex_);
+            reached_.notify_all();
         }
         return 0;
     }
     int32_t onNoticeValue(int32_t) override { return 0; }
+
+    // Waits for the chat messages expected; woken by the last one rather than polling, so the
+    // waiting thread takes no processor time from the receive path it measures.
+    bool waitForChats() {
+        std::unique_lock<std::mutex> lock(mutex_);
+        const int target = target_.load();
+        return reached_.wait_for(lock, kBatchTimeout, [&] { return chats_.load() >= target; });
+    }
+    // Called before the batch is sent.
+    void expectChats(int count) { target_ = chats_.load() + count; }
+
+private:
+    std::atomic<int> chats_{0};
+    std::atomic<int> target_{-1};
+    std::mutex mutex_;
+    std::condition_variable reached_;
 };
 
 template <typename Condition>
@@ -112,9 +131,9 @@ public:
 
     // Sends one batch and returns once the listener has heard all of it.
     bool runBatch() {
-        const int target = listener_.chats.load() + kMessagesPerBatch;
+        listener_.expectChats(kMessagesPerBatch);
         server_.sendBytes(batchStream());
-        return waitFor([&] { return listener_.chats.load() >= target; });
+        return listener_.waitForChats();
     }
     // Empties msg.log between batches, so that the kernel's writeback of a growing file does
     // not decide the timings.
