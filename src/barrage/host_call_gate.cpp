@@ -2,7 +2,9 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <algorithm>
 #include <chrono>
+#include <thread>
 
 namespace tolvane::barrage {
 
@@ -11,19 +13,22 @@ namespace {
 // The passes held on this thread, innermost first.
 thread_local const HostCallGate::Pass* tlPasses = nullptr;
 
-// How long the closing thread sleeps between two rounds of queued calls: a host call blocked
-// on this thread waits at most this long for its answer.
-constexpr std::chrono::milliseconds kServeInterval(2);
+// How long the closing thread sleeps between two rounds of queued calls, at first and at
+// most: a call inside usually leaves within microseconds, and one blocked on this thread
+// waits at most the longer interval for its answer.
+constexpr std::chrono::microseconds kFirstServeInterval(50);
+constexpr std::chrono::microseconds kServeInterval(2000);
 
 }  // namespace
 
 HostCallGate::Pass::Pass(HostCallGate& gate) : gate_(gate), outer_(tlPasses) {
-    std::lock_guard<std::mutex> lock(gate_.mutex_);
-    if (gate_.open_) {
-        admitted_ = true;
-        ++gate_.inside_;
-        tlPasses = this;
+    gate_.inside_.fetch_add(1);
+    if (!gate_.open_.load()) {
+        gate_.inside_.fetch_sub(1);  // the last touch of the gate: it may go once close() sees it
+        return;
     }
+    admitted_ = true;
+    tlPasses = this;
 }
 
 HostCallGate::Pass::~Pass() {
@@ -31,15 +36,12 @@ HostCallGate::Pass::~Pass() {
         return;
     }
     tlPasses = outer_;
-    std::lock_guard<std::mutex> lock(gate_.mutex_);
-    if (--gate_.inside_ == 0) {
-        gate_.idle_.notify_all();
-    }
+    // Nothing of the gate is touched after this: close() may return and its owner go on.
+    gate_.inside_.fetch_sub(1);
 }
 
 void HostCallGate::open() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    open_ = true;
+    open_.store(true);
 }
 
 void HostCallGate::close() {
@@ -47,15 +49,14 @@ void HostCallGate::close() {
     for (const Pass* pass = tlPasses; pass != nullptr; pass = pass->outer_) {
         own += &pass->gate_ == this ? 1 : 0;
     }
-    std::unique_lock<std::mutex> lock(mutex_);
-    open_ = false;
-    while (inside_ > own) {
-        lock.unlock();
+    open_.store(false);
+    std::chrono::microseconds interval = kFirstServeInterval;
+    while (inside_.load() > own) {
         // Only queued calls: timers, sockets and other posted events keep waiting, so no
         // unrelated work of this thread runs inside the caller's operation.
         QCoreApplication::sendPostedEvents(nullptr, QEvent::MetaCall);
-        lock.lock();
-        idle_.wait_for(lock, kServeInterval, [&] { return inside_ <= own; });
+        std::this_thread::sleep_for(interval);
+        interval = std::min(interval * 2, kServeInterval);
     }
 }
 

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <condition_variable>
-#include <mutex>
+#include <atomic>
 
 namespace tolvane::barrage {
 
@@ -10,6 +9,10 @@ namespace tolvane::barrage {
 // because a host callback may be blocked on exactly such a call (a blocking queued connection
 // to the thread that is closing). A call inside the gate on the closing thread itself is not
 // waited for.
+//
+// Every received message passes, so a pass costs two atomic operations and no lock. The gate
+// must outlive every pass: its owner closes it and then unregisters from the message library,
+// which waits for the callbacks still running, before the gate can go.
 class HostCallGate {
 public:
     // Held for the length of one call into host code; false when the gate was closed.
@@ -33,10 +36,11 @@ public:
     void close();
 
 private:
-    std::mutex mutex_;
-    std::condition_variable idle_;
-    bool open_ = false;
-    int inside_ = 0;
+    // A pass counts itself in, then looks at open_; close() clears open_, then counts. With
+    // both orders sequentially consistent, either the pass sees the gate closed or close()
+    // sees the pass.
+    std::atomic<bool> open_{false};
+    std::atomic<int> inside_{0};
 };
 
 }  // namespace tolvane::barrage

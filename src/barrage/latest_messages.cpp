@@ -1,6 +1,7 @@
 #include "barrage/latest_messages.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <string_view>
 
@@ -24,6 +25,18 @@ constexpr std::string_view kWatchedTypes[] = {
     "blst",
     "wiru",
 };
+
+// Whether a watched name starts with each byte: most messages (chat above all) are of a type
+// whose first byte already rules every watched name out.
+constexpr std::array<bool, 256> watchedFirstBytes() {
+    std::array<bool, 256> bytes{};
+    for (const std::string_view name : kWatchedTypes) {
+        bytes[static_cast<unsigned char>(name.front())] = true;
+    }
+    return bytes;
+}
+constexpr std::array<bool, 256> kWatchedFirstBytes = watchedFirstBytes();
+
 }  // namespace
 
 LatestMessages::LatestMessages() = default;
@@ -36,6 +49,9 @@ std::mutex& LatestMessages::processMutex() {
 bool LatestMessages::isWatched(const std::string& typeName) {
     // Every received message asks, so the names are compared as views, without strlen.
     const std::string_view name(typeName);
+    if (name.empty() || !kWatchedFirstBytes[static_cast<unsigned char>(name.front())]) {
+        return false;
+    }
     return std::any_of(std::begin(kWatchedTypes), std::end(kWatchedTypes),
                        [name](std::string_view watched) { return name == watched; });
 }

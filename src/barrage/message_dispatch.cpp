@@ -208,7 +208,7 @@ void VxRoomClient::handleMessage(const char* rawText) {
             break;
         }
         default:
-            if (message.typeName == "fansrk") {
+            if (std::string_view(message.typeName) == std::string_view("fansrk")) {
                 FansBrandRecord record{};
                 if (decoder_->decodeFansBrand(rawText, &record)) {
                     if (listener_ != nullptr) {

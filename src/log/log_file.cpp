@@ -12,6 +12,13 @@
 
 namespace tolvane::log {
 
+namespace {
+// Unbuffered: every writer gathers its lines itself and hands them over in one write, which
+// QFile's own buffer would only copy once more.
+constexpr QIODevice::OpenMode kAppendMode =
+    QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text | QIODevice::Unbuffered;
+}  // namespace
+
 #ifndef _WIN32
 
 bool ensurePrivateDirectory(const QString& trustedRoot, const QStringList& components) {
@@ -56,8 +63,7 @@ bool openForAppend(QFile& file, const QString& path) {
     if (fd < 0) {
         return false;
     }
-    if (!file.open(fd, QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text,
-                   QFileDevice::AutoCloseHandle)) {
+    if (!file.open(fd, kAppendMode, QFileDevice::AutoCloseHandle)) {
         ::close(fd);
         return false;
     }
@@ -72,7 +78,7 @@ bool ensurePrivateDirectory(const QString& trustedRoot, const QStringList& compo
 
 bool openForAppend(QFile& file, const QString& path) {
     file.setFileName(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Append | QIODevice::Text);
+    return file.open(kAppendMode);
 }
 
 #endif

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QStandardPaths>
 #include <QTextStream>
+#include <cstring>
 
 #include "log/log_file.h"
 #include "log/log_secret_mask.h"
@@ -74,30 +75,34 @@ QString logFilePath(const QString& logName) {
            logName;
 }
 
-QByteArray timePrefixUtf8() {
+void writeTimePrefix(char* out) {
     // Converting to local time reads the time-zone file each call; one conversion a second
     // per thread is enough, because only the milliseconds change within it.
+    constexpr std::size_t kHeadLength = 10;  // "[HH:mm:ss."
     thread_local qint64 cachedSecond = -1;
-    thread_local QByteArray cachedHead;
+    thread_local char cachedHead[kHeadLength];
     const qint64 now = QDateTime::currentMSecsSinceEpoch();
     const qint64 second = now / 1000;
     if (second != cachedSecond) {
-        cachedHead = QDateTime::fromMSecsSinceEpoch(second * 1000)
-                         .toString(QStringLiteral("[HH:mm:ss."))
-                         .toLatin1();
+        const QByteArray head = QDateTime::fromMSecsSinceEpoch(second * 1000)
+                                    .toString(QStringLiteral("[HH:mm:ss."))
+                                    .toLatin1();
+        std::memcpy(cachedHead, head.constData(), kHeadLength);
         cachedSecond = second;
     }
     const int millis = static_cast<int>(now % 1000);
-    QByteArray prefix = cachedHead;
-    prefix.append(static_cast<char>('0' + millis / 100));
-    prefix.append(static_cast<char>('0' + millis / 10 % 10));
-    prefix.append(static_cast<char>('0' + millis % 10));
-    prefix.append("] ");
-    return prefix;
+    std::memcpy(out, cachedHead, kHeadLength);
+    out[10] = static_cast<char>('0' + millis / 100);
+    out[11] = static_cast<char>('0' + millis / 10 % 10);
+    out[12] = static_cast<char>('0' + millis % 10);
+    out[13] = ']';
+    out[14] = ' ';
 }
 
 QString timePrefix() {
-    return QString::fromLatin1(timePrefixUtf8());
+    char prefix[kTimePrefixLength];
+    writeTimePrefix(prefix);
+    return QString::fromLatin1(prefix, static_cast<int>(kTimePrefixLength));
 }
 
 void writeLine(const QString& logName, const QString& message) {

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <cstddef>
 
 // The module's log files: one per log name and day under the temporary location.
 namespace tolvane::log {
@@ -31,7 +32,10 @@ QString logFilePath(const QString& logName);
 
 // "[HH:mm:ss.zzz] " for now.
 QString timePrefix();
-QByteArray timePrefixUtf8();
+constexpr std::size_t kTimePrefixLength = 15;
+// The same written to out[0..kTimePrefixLength), without allocating: every received barrage
+// message gets one.
+void writeTimePrefix(char* out);
 
 // Opens, appends one line, closes. Never reports a failure: the line is then lost.
 void writeLine(const QString& logName, const QString& message);

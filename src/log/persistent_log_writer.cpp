@@ -17,7 +17,7 @@ bool PersistentLogWriter::open(const QString& path) {
     }
     appendLine({});
     appendLine({});
-    file_.flush();
+    flushLines();
     return true;
 }
 
@@ -32,27 +32,35 @@ void PersistentLogWriter::writeUtf8(std::string_view message) {
         return;
     }
     appendLine(message);
-    if (policy_ == FlushPolicy::EveryLine) {
-        file_.flush();
-    }
-    if (++linesSinceFlush_ > flushThreshold_) {
-        file_.flush();
+    const bool sixth = ++linesSinceFlush_ == kLinesPerFlush;
+    if (sixth) {
         linesSinceFlush_ = 0;
+    }
+    if (sixth || policy_ == FlushPolicy::EveryLine) {
+        flushLines();
     }
 }
 
 void PersistentLogWriter::appendLine(std::string_view message) {
-    // One reused buffer and one write per line keep the per-message cost to copies.
-    line_.assign(timePrefixUtf8().constData(), kTimePrefixLength);
-    line_.append(message);
-    line_.push_back('\n');
-    file_.write(line_.data(), static_cast<qint64>(line_.size()));
+    const std::size_t at = lines_.size();
+    lines_.resize(at + kTimePrefixLength);
+    writeTimePrefix(&lines_[at]);
+    lines_.append(message);
+    lines_.push_back('\n');
+}
+
+void PersistentLogWriter::flushLines() {
+    if (!lines_.empty()) {
+        // A line that cannot be written is lost, as a log line may be.
+        file_.write(lines_.data(), static_cast<qint64>(lines_.size()));
+        lines_.clear();
+    }
 }
 
 void PersistentLogWriter::close() {
     std::lock_guard<std::mutex> lock(mutex_);
     if (file_.isOpen()) {
-        file_.flush();
+        flushLines();
         file_.close();
     }
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QByteArray>
 #include <QFile>
 #include <QString>
 #include <mutex>
@@ -38,15 +37,19 @@ public:
     void close();
 
 private:
+    // Adds the line to the lines not yet handed to the file.
     void appendLine(std::string_view message);
+    // Hands every gathered line to the kernel in one write.
+    void flushLines();
 
-    static constexpr std::size_t kTimePrefixLength = 15;  // "[HH:mm:ss.zzz] "
     QFile file_;
-    std::string line_;
+    // The lines since the last flush: gathered here rather than in QFile's buffer, so a flush
+    // costs one write and a line a copy.
+    std::string lines_;
     std::mutex mutex_;  // std::mutex, so that ThreadSanitizer sees the locking
     const FlushPolicy policy_;
     int linesSinceFlush_ = 0;
-    int flushThreshold_ = 5;
+    static constexpr int kLinesPerFlush = 6;
 };
 
 }  // namespace tolvane::log

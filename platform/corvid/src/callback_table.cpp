@@ -1,5 +1,10 @@
 #include "callback_table.h"
 
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <thread>
+
 namespace corvid {
 
 namespace {
@@ -22,22 +27,24 @@ int depthOnThisThread(const CallbackTable* table) {
 
 }  // namespace
 
+// How long a registration sleeps between two looks at the callbacks under way, at first and
+// at most: most end within microseconds, and registrations are rare.
+constexpr std::chrono::microseconds kFirstPollInterval(50);
+constexpr std::chrono::microseconds kPollInterval(2000);
+
 // One callback under way: holds a copy of the table, counted as running until it ends.
 class CallbackTable::Call {
 public:
     explicit Call(CallbackTable& owner) : owner_(owner), frame_{&owner, tlFrames} {
-        std::lock_guard<std::mutex> lock(owner_.mutex_);
-        table = owner_.table_;
-        userData = owner_.userData_;
-        ++owner_.running_;
+        owner_.running_.fetch_add(1);
+        const Registration& current = *owner_.current_.load();
+        table = current.table;
+        userData = current.userData;
         tlFrames = &frame_;
     }
     ~Call() {
         tlFrames = frame_.outer;
-        std::lock_guard<std::mutex> lock(owner_.mutex_);
-        if (--owner_.running_ == 0) {
-            owner_.idle_.notify_all();
-        }
+        owner_.running_.fetch_sub(1);
     }
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
@@ -49,6 +56,12 @@ private:
     CallbackTable& owner_;
     const Frame frame_;
 };
+
+CallbackTable::CallbackTable() : current_(new Registration) {}
+
+CallbackTable::~CallbackTable() {
+    delete current_.load();
+}
 
 bool CallbackTable::set(const MessageCallbacks* table, void* userData) {
     if (table != nullptr && table->size != sizeof(MessageCallbacks)) {
@@ -63,16 +76,28 @@ void CallbackTable::close() {
 
 bool CallbackTable::replace(const MessageCallbacks& table, void* userData, bool closing) {
     const int own = depthOnThisThread(this);
-    std::unique_lock<std::mutex> lock(mutex_);
-    if (closed_) {
-        return closing;
-    }
-    table_ = table;
+    auto next = std::make_unique<Registration>();
+    next->table = table;
     // The unused fields are never called, whatever a caller left in them.
-    table_.unused32 = table_.unused40 = table_.unused64 = table_.unused72 = nullptr;
-    userData_ = userData;
-    closed_ = closing;
-    idle_.wait(lock, [&] { return running_ == own; });
+    next->table.unused32 = next->table.unused40 = next->table.unused64 = next->table.unused72 =
+        nullptr;
+    next->userData = userData;
+    std::unique_ptr<const Registration> old;
+    {
+        const std::lock_guard<std::mutex> lock(mutex_);
+        if (closed_) {
+            return closing;
+        }
+        closed_ = closing;
+        old.reset(current_.exchange(next.release()));
+    }
+    // A call that read the old registration is counted until it ends; the calls of this
+    // thread have their copies already.
+    std::chrono::microseconds interval = kFirstPollInterval;
+    while (running_.load() > own) {
+        std::this_thread::sleep_for(interval);
+        interval = std::min(interval * 2, kPollInterval);
+    }
     return true;
 }
 

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "corvid/message_codes.h"
-#include "vxencoder/vx_decoder.h"
 #include "vxencoder/vx_wire_names.h"
 
 namespace corvid {
@@ -21,6 +20,17 @@ std::string utf16ToUtf8(const char16_t* text) {
 
 std::string describeServer(const ServerConnection& connection) {
     return connection.host() + ":" + std::to_string(connection.port());
+}
+
+// "type=<name>;": a text whose first item is this type starts with it. Escaping leaves both
+// names the client looks for as they are (neither holds "\\", "=" or ";"), so comparing the
+// text's start is exact and spares every message decoding its first item.
+std::string typePrefix(const char* name) {
+    return std::string(vxwire::kType) + '=' + name + ';';
+}
+
+bool startsWith(std::string_view text, std::string_view prefix) {
+    return text.size() >= prefix.size() && text.compare(0, prefix.size(), prefix) == 0;
 }
 
 }  // namespace
@@ -217,11 +227,10 @@ void VxMessageClient::connectFailed(ServerConnection& connection, const std::err
 void VxMessageClient::received(ServerConnection& connection, const char* payload,
                                std::size_t size) {
     // Only the type matters here; the module's decoder reads the rest.
-    std::string type;
-    vxDecoder::PeekFirst(std::string_view(payload, size), vxwire::kType, type);
-    // Compared as views: every message asks, and a compare with a C string measures it first.
-    const std::string_view typeView(type);
-    if (typeView == std::string_view(vxwire::kLoginReply)) {
+    static const std::string loginReply = typePrefix(vxwire::kLoginReply);
+    static const std::string keepAlive = typePrefix(vxwire::kKeepAlive);
+    const std::string_view text(payload, size);
+    if (startsWith(text, loginReply)) {
         if (!loggedIn_) {
             loggedIn_ = true;
             loginTimer_.cancel();
@@ -230,7 +239,7 @@ void VxMessageClient::received(ServerConnection& connection, const char* payload
                                                      connection.port(), connection.elapsedMs());
         }
         callbacks_.repeaterServerLoginReply(payload);
-    } else if (typeView == std::string_view(vxwire::kKeepAlive)) {
+    } else if (startsWith(text, keepAlive)) {
         unanswered_ = 0;
         if (callbacks_.keepAlive()) {
             return;

@@ -172,10 +172,30 @@ int32_t VxMessageDecoder::rawInt32OrZero(std::string_view raw, bool escaped) {
         }
         raw = scratch_;
     }
-    int32_t value = 0;
-    const char* last = raw.data() + raw.size();
-    const auto result = std::from_chars(raw.data(), last, value);
-    return result.ec == std::errc() && result.ptr == last ? value : 0;
+    // Five numbers a message: a digit loop with one range check at the end costs a third of
+    // std::from_chars, which checks every digit; it reads what from_chars reads (an optional
+    // "-", then digits only), and leaves the rare long texts to it.
+    const bool negative = !raw.empty() && raw.front() == '-';
+    const std::string_view digits = negative ? raw.substr(1) : raw;
+    constexpr std::size_t kMaxLoopDigits = 18;  // any such number fits in 64 bits
+    if (digits.size() > kMaxLoopDigits) {
+        int32_t value = 0;
+        const char* last = raw.data() + raw.size();
+        const auto result = std::from_chars(raw.data(), last, value);
+        return result.ec == std::errc() && result.ptr == last ? value : 0;
+    }
+    int64_t value = 0;
+    for (const char c : digits) {
+        const unsigned digit = static_cast<unsigned char>(c) - static_cast<unsigned>('0');
+        if (digit > 9) {
+            return 0;
+        }
+        value = value * 10 + digit;
+    }
+    value = negative ? -value : value;
+    const bool inRange = !digits.empty() && value >= std::numeric_limits<int32_t>::min() &&
+                         value <= std::numeric_limits<int32_t>::max();
+    return inRange ? static_cast<int32_t>(value) : 0;
 }
 
 namespace {

@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "corvid/message_client_system.h"
@@ -90,6 +92,23 @@ TEST(VxMessageDecoder, ClassifiesByTypeNameAndFillsTheHeader) {
     EXPECT_EQ(header.sequence, 0);  // not a number: left at zero
     EXPECT_EQ(decoder->classify(nullptr, &header), kMessageTypeInvalid);
     EXPECT_EQ(decoder->classify("type=a;", nullptr), kMessageTypeInvalid);
+
+    // A header number is a whole 32-bit decimal with an optional "-", or zero.
+    const std::pair<std::string, int32_t> numbers[] = {{"-2147483648", INT32_MIN},
+                                                       {"2147483647", INT32_MAX},
+                                                       {"2147483648", 0},
+                                                       {"-2147483649", 0},
+                                                       {"-0", 0},
+                                                       {"-", 0},
+                                                       {"+5", 0},
+                                                       {"5 ", 0},
+                                                       {"0000000000000000000042", 42},
+                                                       {"99999999999999999999", 0}};
+    for (const auto& [text, value] : numbers) {
+        const std::string message = "type=chatmsg;seq=" + text + ";";
+        ASSERT_EQ(decoder->classify(message.c_str(), &header), kMessageTypeChat) << text;
+        EXPECT_EQ(header.sequence, value) << text;
+    }
 }
 
 // Keep-alive, notice, brand, error and show-end values are shown arriving end to end in the
