@@ -254,11 +254,12 @@ void setRates(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * static_cast<int64_t>(batchStream().size()));
 }
 
-// Argument 1: with the message log (what the module does); 0: the log left out.
-void BM_ClientReceivePath(benchmark::State& state) {
-    ClientSide side(state.range(0) == 1);
+// One side alone, batch after batch.
+template <typename Side>
+void runSide(benchmark::State& state, const char* notReady) {
+    Side side(state.range(0) == 1);
     if (!side.ready()) {
-        state.SkipWithError("no login reply");
+        state.SkipWithError(notReady);
         return;
     }
     for (auto _ : state) {
@@ -270,21 +271,15 @@ void BM_ClientReceivePath(benchmark::State& state) {
     setRates(state);
 }
 
+// Argument 1: with the message log (what the module does); 0: the log left out.
+void BM_ClientReceivePath(benchmark::State& state) {
+    runSide<ClientSide>(state, "no login reply");
+}
+
 // Argument 1: every message also written as a msg.log line (the receive path's true limit);
 // 0: the bytes read and dropped.
 void BM_PlainSocketRead(benchmark::State& state) {
-    BareSide side(state.range(0) == 1);
-    if (!side.ready()) {
-        state.SkipWithError("no connection or no log file");
-        return;
-    }
-    for (auto _ : state) {
-        if (!side.runBatch()) {
-            state.SkipWithError("messages went missing");
-            return;
-        }
-    }
-    setRates(state);
+    runSide<BareSide>(state, "no connection or no log file");
 }
 
 // Wall time and the processor time of the whole process (every thread, user and kernel).
