@@ -145,6 +145,9 @@ struct HostOperation {
     const char* name;
     std::function<void(std::unique_ptr<VxNetServiceImp>&)> run;
 };
+void PrintTo(const HostOperation& operation, std::ostream* os) {
+    *os << operation.name;
+}
 
 class BlockingHostBarrage : public BarrageSimServiceTest,
                             public ::testing::WithParamInterface<HostOperation> {
