@@ -2,6 +2,11 @@
 
 #include <charconv>
 #include <cmath>
+#include <cstring>
+
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
 
 #include "vx_escape.h"
 
@@ -63,6 +68,58 @@ bool vxDecoder::WellEscaped(std::string_view raw) {
         }
     }
     return true;
+}
+
+namespace {
+
+#if defined(__SSE2__)
+// The marks of 16 bytes, one bit a byte.
+uint64_t marksOf16(const char* bytes) {
+    const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bytes));
+    const __m128i hits =
+        _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(b, _mm_set1_epi8(vxescape::kEnd)),
+                                  _mm_cmpeq_epi8(b, _mm_set1_epi8(vxescape::kAssign))),
+                     _mm_cmpeq_epi8(b, _mm_set1_epi8(vxescape::kEscape)));
+    return static_cast<uint32_t>(_mm_movemask_epi8(hits));
+}
+#endif
+
+// The marks of 64 bytes, one bit a byte.
+uint64_t marksOf64(const char* bytes) {
+#if defined(__SSE2__)
+    return marksOf16(bytes) | marksOf16(bytes + 16) << 16 | marksOf16(bytes + 32) << 32 |
+           marksOf16(bytes + 48) << 48;
+#else
+    uint64_t marks = 0;
+    for (int i = 0; i < 64; ++i) {
+        const char c = bytes[i];
+        const bool hit = c == vxescape::kEnd || c == vxescape::kAssign || c == vxescape::kEscape;
+        marks |= static_cast<uint64_t>(hit) << i;
+    }
+    return marks;
+#endif
+}
+
+}  // namespace
+
+void vxscan::mark(const char* bytes, std::size_t size, uint64_t (&marks)[kChunkWords]) {
+    std::size_t word = 0;
+    for (; (word + 1) * 64 <= size; ++word) {
+        marks[word] = marksOf64(bytes + word * 64);
+    }
+    const std::size_t left = size - word * 64;
+    if (left == 0) {
+        return;
+    }
+    if (word > 0) {
+        // The last 64 bytes overlap bytes already marked; their bits are shifted out.
+        marks[word] = marksOf64(bytes + size - 64) >> (64 - left);
+        return;
+    }
+    // A text shorter than 64 bytes is read from a copy, never past its end; NUL is no mark.
+    char copy[64] = {};
+    std::memcpy(copy, bytes, left);
+    marks[word] = marksOf64(copy);
 }
 
 const std::string* vxDecoder::Find(std::string_view key) const {

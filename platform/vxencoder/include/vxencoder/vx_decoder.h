@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstring>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -62,71 +61,66 @@ private:
 
 namespace vxscan {
 
-// Whether a raw span holds "=" or "\": a byte loop for the short spans that most keys and
-// header values are, where a library call would cost more than the search.
-inline void find(std::string_view span, bool& assign, bool& escape) {
-    if (span.size() <= 16) {
-        for (const char c : span) {
-            assign |= c == '=';
-            escape |= c == '\\';
-        }
-        return;
-    }
-    assign = std::memchr(span.data(), '=', span.size()) != nullptr;
-    escape = std::memchr(span.data(), '\\', span.size()) != nullptr;
-}
+// Texts are read this many bytes at a time.
+constexpr std::size_t kChunk = 512;
+constexpr std::size_t kChunkWords = kChunk / 64;
 
-// Whether a raw span holds c, with the same byte loop for short spans.
-inline bool contains(std::string_view span, char c) {
-    if (span.size() <= 16) {
-        bool found = false;
-        for (const char each : span) {
-            found |= each == c;
-        }
-        return found;
-    }
-    return std::memchr(span.data(), c, span.size()) != nullptr;
-}
+// Marks every ";", "=" and "\" among the first size (at most kChunk) bytes: bit i % 64 of
+// marks[i / 64] is byte i. Bits past size are clear.
+void mark(const char* bytes, std::size_t size, uint64_t (&marks)[kChunkWords]);
 
 }  // namespace vxscan
 
 template <typename Visit>
 bool vxDecoder::Scan(std::string_view text, Visit&& visit) {
-    // Items are split at the raw ";" and "=" first, since escaped text holds neither; only a
-    // key or value that holds a "\" is then read escape by escape.
+    // One pass marks the separators and escapes, a block of bytes at a time; the walk then
+    // stops only at those bytes, instead of searching the text again for each separator.
+    constexpr std::size_t kNone = std::string_view::npos;
     const char* const base = text.data();
-    // Most texts hold no escape at all: one search of the whole text spares every key and
-    // value its own.
-    const bool anyEscape = !text.empty() && std::memchr(base, '\\', text.size()) != nullptr;
-    std::size_t start = 0;
-    while (start < text.size()) {
-        const char* end =
-            static_cast<const char*>(std::memchr(base + start, ';', text.size() - start));
-        if (end == nullptr) {
-            return false;
+    const std::size_t size = text.size();
+    std::size_t itemStart = 0;
+    std::size_t assign = kNone;
+    bool keyEscaped = false;
+    bool valueEscaped = false;
+    uint64_t marks[vxscan::kChunkWords];
+    for (std::size_t chunk = 0; chunk < size; chunk += vxscan::kChunk) {
+        const std::size_t length = size - chunk < vxscan::kChunk ? size - chunk : vxscan::kChunk;
+        vxscan::mark(base + chunk, length, marks);
+        for (std::size_t word = 0; word * 64 < length; ++word) {
+            for (uint64_t bits = marks[word]; bits != 0; bits &= bits - 1) {
+                const std::size_t at =
+                    chunk + word * 64 + static_cast<std::size_t>(__builtin_ctzll(bits));
+                const char c = base[at];
+                if (c == '\\') {
+                    (assign == kNone ? keyEscaped : valueEscaped) = true;
+                } else if (c == '=') {
+                    // An empty key, or a second "=" in one item.
+                    if (assign != kNone || at == itemStart) {
+                        return false;
+                    }
+                    assign = at;
+                } else {
+                    if (assign == kNone) {
+                        return false;
+                    }
+                    vxRawItem item;
+                    item.key = std::string_view(base + itemStart, assign - itemStart);
+                    item.value = std::string_view(base + assign + 1, at - assign - 1);
+                    item.keyEscaped = keyEscaped;
+                    item.valueEscaped = valueEscaped;
+                    if ((keyEscaped && !WellEscaped(item.key)) ||
+                        (valueEscaped && !WellEscaped(item.value))) {
+                        return false;
+                    }
+                    visit(static_cast<const vxRawItem&>(item));
+                    itemStart = at + 1;
+                    assign = kNone;
+                    keyEscaped = false;
+                    valueEscaped = false;
+                }
+            }
         }
-        const std::size_t length = static_cast<std::size_t>(end - base) - start;
-        const char* assign = static_cast<const char*>(std::memchr(base + start, '=', length));
-        if (assign == nullptr || assign == base + start) {
-            return false;
-        }
-        vxRawItem item;
-        item.key = text.substr(start, static_cast<std::size_t>(assign - base) - start);
-        item.value = std::string_view(assign + 1, static_cast<std::size_t>(end - assign - 1));
-        bool keyAssign = false;
-        bool valueAssign = false;
-        if (anyEscape) {
-            vxscan::find(item.key, keyAssign, item.keyEscaped);
-            vxscan::find(item.value, valueAssign, item.valueEscaped);
-        } else {
-            valueAssign = vxscan::contains(item.value, '=');
-        }
-        if (valueAssign || (item.keyEscaped && !WellEscaped(item.key)) ||
-            (item.valueEscaped && !WellEscaped(item.value))) {
-            return false;
-        }
-        visit(static_cast<const vxRawItem&>(item));
-        start = static_cast<std::size_t>(end - base) + 1;
     }
-    return true;
+    // Text after the last ";" is an item without its end.
+    return itemStart == size;
 }
