@@ -93,6 +93,36 @@ TEST(VxDecoder, RejectsMalformedTextsWhole) {
     EXPECT_TRUE(empty.Items().empty());
 }
 
+// Scan reads a text a block at a time: every separator, escape and fault must read the same
+// wherever it falls against a block's or a chunk's edge, and Parse is the reference.
+TEST(VxDecoder, ScanAgreesWithParseAtEveryOffset) {
+    const std::string shapes[] = {
+        "k=@;a=b;", "k=@\\e;a=b;", "k=@;\\s=v;", "k=@;a=b=c;", "k=@;a=b", "k=@;=b;", "k=@\\;",
+    };
+    for (const std::string& shape : shapes) {
+        for (std::size_t pad = 0; pad < 600; ++pad) {
+            std::string text = shape;
+            text.replace(text.find('@'), 1, std::string(pad, 'x'));
+            vxDecoder decoder;
+            const bool parsed = decoder.Parse(text);
+            Items expected, scanned;
+            for (const vxItem& item : decoder.Items()) {
+                expected.emplace_back(item.key, item.value);
+            }
+            const bool ok = vxDecoder::Scan(text, [&](const vxRawItem& raw) {
+                std::string key, value;
+                vxDecoder::Unescape(raw.key, key);
+                vxDecoder::Unescape(raw.value, value);
+                scanned.emplace_back(key, value);
+            });
+            ASSERT_EQ(ok, parsed) << text;
+            if (parsed) {
+                ASSERT_EQ(scanned, expected) << text;
+            }
+        }
+    }
+}
+
 TEST(VxDecoder, ReadsNumbersStrictly) {
     vxDecoder decoder;
     ASSERT_TRUE(decoder.Parse("a=42;b=-7;c=2147483648;d=12x;e=;f=1.5;g=inf;h=nan;i=-2e3;a=9;"));
