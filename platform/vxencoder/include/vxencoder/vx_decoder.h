@@ -66,7 +66,7 @@ constexpr std::size_t kChunk = 512;
 constexpr std::size_t kChunkWords = kChunk / 64;
 
 // Marks every ";", "=" and "\" among the first size (at most kChunk) bytes: bit i % 64 of
-// marks[i / 64] is byte i. Bits past size are clear.
+// marks[i / 64] is byte i. The last word's bits past size are clear; later words are untouched.
 void mark(const char* bytes, std::size_t size, uint64_t (&marks)[kChunkWords]);
 
 }  // namespace vxscan
