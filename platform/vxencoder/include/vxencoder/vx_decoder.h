@@ -5,6 +5,10 @@
 #include <string_view>
 #include <vector>
 
+#if defined(_MSC_VER)
+#include <intrin.h>
+#endif
+
 struct vxItem {
     std::string key;
     std::string value;
@@ -69,6 +73,17 @@ constexpr std::size_t kChunkWords = kChunk / 64;
 // marks[i / 64] is byte i. The last word's bits past size are clear; later words are untouched.
 void mark(const char* bytes, std::size_t size, uint64_t (&marks)[kChunkWords]);
 
+// The index of the lowest set bit of a word that has one.
+inline std::size_t lowestBit(uint64_t bits) {
+#if defined(_MSC_VER)
+    unsigned long index = 0;
+    _BitScanForward64(&index, bits);
+    return index;
+#else
+    return static_cast<std::size_t>(__builtin_ctzll(bits));
+#endif
+}
+
 }  // namespace vxscan
 
 template <typename Visit>
@@ -88,8 +103,7 @@ bool vxDecoder::Scan(std::string_view text, Visit&& visit) {
         vxscan::mark(base + chunk, length, marks);
         for (std::size_t word = 0; word * 64 < length; ++word) {
             for (uint64_t bits = marks[word]; bits != 0; bits &= bits - 1) {
-                const std::size_t at =
-                    chunk + word * 64 + static_cast<std::size_t>(__builtin_ctzll(bits));
+                const std::size_t at = chunk + word * 64 + vxscan::lowestBit(bits);
                 const char c = base[at];
                 if (c == '\\') {
                     (assign == kNone ? keyEscaped : valueEscaped) = true;
