@@ -346,20 +346,18 @@ void BM_ReceivePathPaired(benchmark::State& state) {
     state.counters["cpu_ratio"] = median(cpuRatios);
 }
 
-BENCHMARK(BM_ClientReceivePath)
-    ->ArgName("messageLog")
-    ->Arg(1)
-    ->Arg(0)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
-    ->MinTime(2.0);
-BENCHMARK(BM_PlainSocketRead)
-    ->ArgName("messageLog")
-    ->Arg(1)
-    ->Arg(0)
-    ->Unit(benchmark::kMillisecond)
-    ->UseRealTime()
-    ->MinTime(2.0);
+// The separate runs, with the message log and without.
+void separateRun(benchmark::internal::Benchmark* run) {
+    run->ArgName("messageLog")
+        ->Arg(1)
+        ->Arg(0)
+        ->Unit(benchmark::kMillisecond)
+        ->UseRealTime()
+        ->MinTime(2.0);
+}
+
+BENCHMARK(BM_ClientReceivePath)->Apply(separateRun);
+BENCHMARK(BM_PlainSocketRead)->Apply(separateRun);
 BENCHMARK(BM_ReceivePathPaired)->Unit(benchmark::kMillisecond)->UseManualTime()->MinTime(4.0);
 
 }  // namespace

@@ -3,7 +3,10 @@
 #include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QTemporaryDir>
+#include <QThread>
+#include <functional>
 #include <memory>
 
 #include "platform/sim_platform.h"
@@ -17,6 +20,20 @@ inline bool startSimulator(const QTemporaryDir& dir, std::unique_ptr<sim::SimPla
     qputenv("TOLVANE_DEFAULT_DATA", dir.filePath(QStringLiteral("default.data")).toLocal8Bit());
     sim = std::make_unique<sim::SimPlatform>(dir.path());
     return sim->start();
+}
+
+// Runs the event loop, as a host's main loop would, until `done`; false on time-out.
+inline bool runEventsUntil(const std::function<bool()>& done, int timeoutMs) {
+    QElapsedTimer clock;
+    clock.start();
+    while (!done()) {
+        if (clock.elapsed() > timeoutMs) {
+            return false;
+        }
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
+        QThread::usleep(200);
+    }
+    return true;
 }
 
 // False, and the benchmark marked skipped with `why`, when the fixture did not come up.

@@ -13,12 +13,14 @@
 #include <QUrl>
 #include <algorithm>
 #include <atomic>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
 #include <string>
 
 #include "barrage/barrage_server.h"
+#include "bench_fixture.h"
 #include "net/endpoints.h"
 #include "platform/sim_platform.h"
 #include "relay/sim_relay.h"
@@ -61,19 +63,9 @@ public:
     }
 };
 
-// Runs the event loop, as a host's main loop would, until `done`; false on time-out.
-template <typename Done>
-bool runEventsUntil(Done done) {
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > kStepTimeoutMs) {
-            return false;
-        }
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 1);
-        QThread::usleep(200);
-    }
-    return true;
+// The event loop runs as a host's would, each step within its time limit.
+bool runEventsUntil(const std::function<bool()>& done) {
+    return tolvane::bench::runEventsUntil(done, kStepTimeoutMs);
 }
 
 struct RoadCounts {

@@ -8,10 +8,10 @@
 #include <memory>
 
 #include "bench_fixture.h"
+#include "log/log_writer.h"
 #include "net/operation_request.h"
 #include "net/signing.h"
 #include "parse/data_parser.h"
-#include "log/log_writer.h"
 #include "service/vx_net_service_imp.h"
 
 namespace {

@@ -40,15 +40,7 @@ struct Fixture {
 Fixture* fixture = nullptr;
 
 bool spinUntil(const std::function<bool()>& condition, int timeoutMs = 5000) {
-    QElapsedTimer elapsed;
-    elapsed.start();
-    while (!condition()) {
-        if (elapsed.elapsed() > timeoutMs) {
-            return false;
-        }
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
-    }
-    return true;
+    return tolvane::bench::runEventsUntil(condition, timeoutMs);
 }
 
 // The iteration's time, and the slowest so far as "max_ms": the promise is about every close.

@@ -74,6 +74,15 @@ protected:
         };
     }
 
+    // Destroys the facade under a watchdog while `what` runs; the milliseconds it took.
+    static qint64 destroyTimed(std::unique_ptr<AsyncNetService>& net, const std::string& what) {
+        QElapsedTimer elapsed;
+        elapsed.start();
+        const Watchdog watchdog("~AsyncNetService while " + what + " ran");
+        net.reset();
+        return elapsed.elapsed();
+    }
+
     IsolatedWorkspace workspace_;
     SimHttpServer server_;
     EventLog log_;
@@ -194,13 +203,7 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsTheRunningOperationAndDropsTheRest)
     QFuture<int32_t> pendingFuture =
         net->post([](ILiveencoderNetService& service) { return service.getBizType(); });
     ASSERT_TRUE(waitUntil([&] { return log_.heard("slow started"); }, kWaitMs));
-    QElapsedTimer elapsed;
-    elapsed.start();
-    {
-        Watchdog watchdog("~AsyncNetService while an operation ran");
-        net.reset();
-    }
-    EXPECT_LT(elapsed.elapsed(), 1000) << "the running transfer was waited out";
+    EXPECT_LT(destroyTimed(net, "an operation"), 1000) << "the running transfer was waited out";
     // The service went on its own thread, after the running operation had been aborted.
     EXPECT_EQ(log_.events(), (std::vector<std::string>{"slow started", "slow ended unanswered"}));
     EXPECT_TRUE(pendingFuture.isCanceled());
@@ -229,13 +232,7 @@ TEST_F(AsyncNetServiceTest, DestructionAbortsALoginHeldByThePassport) {
     });
     ASSERT_TRUE(waitUntil([&] { return log_.heard("login started"); }, kWaitMs));
     QThread::msleep(100);  // the request is on its way to the held route
-    QElapsedTimer elapsed;
-    elapsed.start();
-    {
-        Watchdog watchdog("~AsyncNetService while a login ran");
-        net.reset();
-    }
-    EXPECT_LT(elapsed.elapsed(), 1000) << "the login library's transfer was waited out";
+    EXPECT_LT(destroyTimed(net, "a login"), 1000) << "the login library's transfer was waited out";
     EXPECT_EQ(log_.events(), (std::vector<std::string>{"login started", "login ended 210"}));
 }
 
